@@ -1,0 +1,36 @@
+#include "language/messages.h"
+
+#include "language/message_texts.h"
+
+namespace {
+
+static_assert(std::size(kDocumentMessageTexts) ==
+              static_cast<std::size_t>(DocumentMessage::kCommandLength) + 1);
+
+UINT IconOf(MessageTitle title) noexcept {
+    switch (title) {
+        case MessageTitle::kInformation:
+            return MB_ICONINFORMATION;
+        case MessageTitle::kWarning:
+            return MB_ICONWARNING;
+        case MessageTitle::kError:
+            return MB_ICONERROR;
+    }
+    return 0;
+}
+
+}  // namespace
+
+TextTable& DocumentMessages() noexcept {
+    static TextTable messages(L"MessageBox", kDocumentMessageTexts);
+    return messages;
+}
+
+void ShowMessage(HWND owner, const wchar_t* text, MessageTitle title, MessageIcon icon) noexcept {
+    MessageBoxW(owner, text, DocumentMessages()[static_cast<std::size_t>(title)],
+                MB_OK | (icon == MessageIcon::kOfTitle ? IconOf(title) : 0));
+}
+
+void ShowMessage(HWND owner, DocumentMessage message, MessageTitle title, MessageIcon icon) noexcept {
+    ShowMessage(owner, DocumentMessages()[static_cast<std::size_t>(message)], title, icon);
+}

@@ -1,0 +1,45 @@
+// The loaded texts of one table: filled when a sheet or dialog initialises, read when controls are labelled.
+#pragma once
+
+#include <windows.h>
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "language/text_entry.h"
+
+// One instance a table and process, on the UI thread: two sheets open at once show the same language.
+class TextTable {
+  public:
+    // `section` and `entries` must live as long as the table.
+    constexpr TextTable(const wchar_t* section, std::span<const TextEntry> entries) noexcept
+        : section_(section), entries_(entries) {}
+
+    // Takes every text from the language file as last refreshed. May throw bad_alloc; the texts are then as
+    // before.
+    void Load();
+
+    // Load, unless the texts are already those of the language file as last refreshed.
+    void LoadIfChanged();
+
+    // The text of a row; the English one before the first Load. Valid until the next Load.
+    const wchar_t* operator[](std::size_t row) const noexcept;
+
+    // The text that labels a control; empty for a control that the table does not know.
+    const wchar_t* OfControl(int control) const noexcept;
+
+    // Labels the dialog's controls, touching only those whose text differs.
+    void ApplyTo(HWND dialog) const;
+
+    std::span<const TextEntry> Entries() const noexcept { return entries_; }
+
+  private:
+    const wchar_t* section_;
+    std::span<const TextEntry> entries_;
+    std::vector<std::wstring> texts_;
+    std::uint32_t generation_ = 0;
+};
+
+// Sets a window's text unless it shows that text already, which would repaint it for nothing.
+void SetTextIfChanged(HWND window, const wchar_t* text);
