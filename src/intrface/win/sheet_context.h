@@ -1,0 +1,40 @@
+// What a page knows of its sheet and host. Members of the plug-in object, filled when a sheet is assembled
+// and handed by address to every page as its creation parameter.
+#pragma once
+
+#include <windows.h>
+
+#include "devmode/oemdev.h"
+#include "intrface/print_oem.h"
+
+struct DeviceSheetContext {
+    HANDLE hComPropSheet = INVALID_HANDLE_VALUE;
+    HANDLE hLastPage = INVALID_HANDLE_VALUE;
+    PFNCOMPROPSHEET pfnComPropSheet = nullptr;
+    POEMCUIPPARAM pOEMCUIPParam = nullptr;
+    IPrintOemDriverUI* pDriverHelper = nullptr;
+};
+
+// The pages of the document sheet that report their own result to the sheet.
+enum class DocumentPage { kOperation, kCount };
+
+struct DocumentSheetContext {
+    HANDLE hComPropSheet = INVALID_HANDLE_VALUE;
+    // Stays as it is: the barcode pages pass it as their page when they report their result.
+    HANDLE hPage = INVALID_HANDLE_VALUE;
+    POEMUIPSPARAM lParamInit = nullptr;
+    POEMCUIPPARAM pOEMCUIPParam = nullptr;
+    PFNCOMPROPSHEET pfnComPropSheet = nullptr;
+    IPrintOemDriverUI* pDriverHelper = nullptr;
+
+    // What the host returned for each page that was added.
+    LONG_PTR pages[static_cast<std::size_t>(DocumentPage::kCount)] = {};
+
+    // The record to edit; null when the host gave none.
+    OEMDEV* Record() const noexcept {
+        if (lParamInit != nullptr && lParamInit->pOEMDM != nullptr) {
+            return static_cast<OEMDEV*>(lParamInit->pOEMDM);
+        }
+        return pOEMCUIPParam != nullptr ? static_cast<OEMDEV*>(pOEMCUIPParam->pOEMDM) : nullptr;
+    }
+};
