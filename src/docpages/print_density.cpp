@@ -1,0 +1,124 @@
+#include "docpages/print_density.h"
+
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include "base/platform.h"
+#include "docpages/print_density_texts.h"
+
+namespace {
+
+constexpr BYTE kOptionLevel = 2;
+
+// What the driver's density values read, in the languages that its own texts and ours come in.
+constexpr std::wstring_view kDensityWords[] = {L"Density", L"浓度", L"濃度"};
+
+// The buffer that the host gave a value, and how many units its text filled when it was first seen: nothing
+// else tells what it holds.
+struct HostText {
+    wchar_t* text;
+    std::size_t length;
+};
+
+using HostTexts = std::map<const OPTPARAM*, HostText>;
+
+std::map<const DocumentSheetContext*, HostTexts> gHostTexts;
+
+// Texts of our own that the host's items point at. They stay until the module goes, since the host may look
+// at its items after the sheet has closed; each text exists once, so there are as many as languages and
+// values.
+std::set<std::wstring, std::less<>> gOwnTexts;
+
+wchar_t* OwnText(std::wstring_view text) {
+    auto found = gOwnTexts.find(text);
+    if (found == gOwnTexts.end()) {
+        found = gOwnTexts.emplace(text).first;
+    }
+    // The host's structures take a writable pointer; it reads texts that it did not allocate.
+    return const_cast<wchar_t*>(found->c_str());
+}
+
+bool IsOwnText(const wchar_t* text) noexcept {
+    for (const std::wstring& own : gOwnTexts) {
+        if (own.c_str() == text) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Items may name their texts by resource number instead of pointing at them.
+bool IsText(const wchar_t* text) noexcept {
+    return text != nullptr && !IS_INTRESOURCE(text);
+}
+
+bool IsPrintDensity(const OPTITEM& item) {
+    if (item.DMPubID != DMPUB_NONE || item.Level != kOptionLevel || item.pOptType == nullptr ||
+        item.pOptType->Count == 0 || item.pOptType->pOptParam == nullptr ||
+        !IsText(item.pOptType->pOptParam[0].pData)) {
+        return false;
+    }
+    const std::wstring_view first = item.pOptType->pOptParam[0].pData;
+    for (const std::wstring_view word : kDensityWords) {
+        if (first.find(word) != std::wstring_view::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Writes into the host's buffer where the text fits, else points the value at our own.
+void SetOptionText(HostTexts& known, OPTPARAM& option, const std::wstring& text) {
+    auto host = known.find(&option);
+    if (IsText(option.pData) && !IsOwnText(option.pData) &&
+        (host == known.end() || host->second.text != option.pData)) {
+        host = known.insert_or_assign(&option, HostText{option.pData, std::wstring_view(option.pData).size()})
+                   .first;
+    }
+    if (host != known.end() && text.size() <= host->second.length) {
+        text.copy(host->second.text, text.size());
+        host->second.text[text.size()] = L'\0';
+        option.pData = host->second.text;
+    } else {
+        option.pData = OwnText(text);
+    }
+}
+
+}  // namespace
+
+TextTable& DensityTexts() noexcept {
+    static TextTable texts(L"GPD", kPrintDensityTexts);
+    return texts;
+}
+
+void RelabelPrintDensity(const DocumentSheetContext& context) {
+    const POEMCUIPPARAM parameter = context.pOEMCUIPParam;
+    if (parameter == nullptr || parameter->pDrvOptItems == nullptr) {
+        return;
+    }
+    const TextTable& texts = DensityTexts();
+    HostTexts& known = gHostTexts[&context];
+    for (DWORD i = 0; i < parameter->cDrvOptItems; ++i) {
+        OPTITEM& item = parameter->pDrvOptItems[i];
+        if (!IsPrintDensity(item)) {
+            continue;
+        }
+        item.Flags |= OPTIF_CHANGED;
+        item.pName = OwnText(texts[kDensityName]);
+        const OPTTYPE& type = *item.pOptType;
+        for (WORD j = 0; j < type.Count; ++j) {
+            SetOptionText(known, type.pOptParam[j], texts[kDensityValue] + std::to_wstring(j));
+            TRACE_VERBOSE(L"GPDIndex       = %s\r\n", type.pOptParam[j].pData);
+        }
+        TRACE_VERBOSE(L"GPDIndex       =1111 %s\r\n", type.pOptParam[type.Count - 1].pData);
+        if (context.pDriverHelper != nullptr) {
+            context.pDriverHelper->DrvUpdateUISetting(parameter->poemuiobj, &item, 0, OEMCUIP_DOCPROP);
+        }
+    }
+}
+
+void ForgetOptionTexts(const DocumentSheetContext& context) noexcept {
+    gHostTexts.erase(&context);
+}
