@@ -121,8 +121,8 @@ void SetHeader(OEMDEV& record) noexcept {
     record.dmOEMExtra = {kOemRecordSize, kOemSignature, kOemVersion};
 }
 
-void DumpHead(const Char16* format, std::uint8_t flag) noexcept {
-    TRACE_VERBOSE(format, static_cast<unsigned>(flag));
+void DumpByte(const Char16* format, std::uint8_t byte) noexcept {
+    TRACE_VERBOSE(format, static_cast<unsigned>(byte));
 }
 
 }  // namespace
@@ -184,16 +184,16 @@ void Dump(const OEMDEV* pOEMDev) noexcept {
     TRACE_VERBOSE(TEXT16("\tdmOEMExtra.dwSignature = %#x\r\n"), record.dmOEMExtra.dwSignature);
     TRACE_VERBOSE(TEXT16("\tdmOEMExtra.dwVersion   = %#x\r\n"), record.dmOEMExtra.dwVersion);
     TRACE_VERBOSE(TEXT16("\tdwDriverData           = %#x\r\n"), static_cast<unsigned>(record.dwDriverData));
-    DumpHead(TEXT16("\tbDocStart      = %#x\r\n"), record.bDocStart);
-    DumpHead(TEXT16("\tbPageStart     = %#x\r\n"), record.bPageStart);
-    DumpHead(TEXT16("\tbDocEnd        = %#x\r\n"), record.bDocEnd);
-    DumpHead(TEXT16("\tbPageEnd       = %#x\r\n"), record.bPageEnd);
-    DumpHead(TEXT16("\tbDocStartFeedToPosition      = %#x\r\n"), record.bDocStartFeedToPosition);
-    DumpHead(TEXT16("\tbPageStartFeedToPosition     = %#x\r\n"), record.bPageStartFeedToPosition);
-    DumpHead(TEXT16("\tbDocEndFeedToPosition        = %#x\r\n"), record.bDocEndFeedToPosition);
-    DumpHead(TEXT16("\tbPageEndFeedToPosition       = %#x\r\n"), record.bPageEndFeedToPosition);
-    DumpHead(TEXT16("\tbDocStart_Cashdrawer      = %#x\r\n"), record.bDocStart_Cashdrawer);
-    DumpHead(TEXT16("\tbDocStart_CutPaper     = %#x\r\n"), record.bDocStart_CutPaper);
-    DumpHead(TEXT16("\tbDocEnd        = %#x\r\n"), record.bDocEnd);
-    DumpHead(TEXT16("\tbPageEnd       = %#x\r\n"), record.bPageEnd);
+    DumpByte(TEXT16("\tbDocStart      = %#x\r\n"), record.bDocStart);
+    DumpByte(TEXT16("\tbPageStart     = %#x\r\n"), record.bPageStart);
+    DumpByte(TEXT16("\tbDocEnd        = %#x\r\n"), record.bDocEnd);
+    DumpByte(TEXT16("\tbPageEnd       = %#x\r\n"), record.bPageEnd);
+    DumpByte(TEXT16("\tbDocStartFeedToPosition      = %#x\r\n"), record.bDocStartFeedToPosition);
+    DumpByte(TEXT16("\tbPageStartFeedToPosition     = %#x\r\n"), record.bPageStartFeedToPosition);
+    DumpByte(TEXT16("\tbDocEndFeedToPosition        = %#x\r\n"), record.bDocEndFeedToPosition);
+    DumpByte(TEXT16("\tbPageEndFeedToPosition       = %#x\r\n"), record.bPageEndFeedToPosition);
+    DumpByte(TEXT16("\tbDocStart_Cashdrawer      = %#x\r\n"), record.bDocStart_Cashdrawer);
+    DumpByte(TEXT16("\tbDocStart_CutPaper     = %#x\r\n"), record.bDocStart_CutPaper);
+    DumpByte(TEXT16("\tbDocEnd        = %#x\r\n"), record.bDocEnd);
+    DumpByte(TEXT16("\tbPageEnd       = %#x\r\n"), record.bPageEnd);
 }

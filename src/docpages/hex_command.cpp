@@ -52,6 +52,5 @@ void FormatHexCommand(String16& output, std::span<const std::uint8_t> bytes) {
 bool IsCommandCharacter(Char16 character) noexcept {
     constexpr Char16 kBackspace = 8;
     return character == kBackspace || character == TEXT16('.') || character == TEXT16('-') ||
-           (character != 0 &&
-            StringView16(TEXT16("0123456789abcdefABCDEF ")).find(character) != StringView16::npos);
+           StringView16(TEXT16("0123456789abcdefABCDEF ")).find(character) != StringView16::npos;
 }

@@ -96,8 +96,8 @@ void ShowCommand(HWND dialog, const OperationSettings& settings) {
     FormatHexCommand(text, std::span(settings.command).first(settings.commandLength));
     TRACE_VERBOSE(L"UI:  OperationDlgProc str=%ws\r\n", text.c_str());
     SetDlgItemTextW(dialog, IDC_OPERATION_COMMAND, text.c_str());
-    CheckItem(dialog, IDC_OPERATION_SEND_COMMAND, settings.sendCommand == 1);
-    EnableItem(dialog, IDC_OPERATION_COMMAND, settings.sendCommand == 1);
+    // What is not read must not be typed.
+    SendDlgItemMessageW(dialog, IDC_OPERATION_COMMAND, EM_LIMITTEXT, kCommandTextLength, 0);
 }
 
 void FillLists(HWND dialog, const OperationSettings& settings) {
@@ -121,9 +121,11 @@ void DialogOpened(HWND dialog) {
     OperationDialogTexts().LoadIfChanged();
     OperationDialogHelp().LoadIfChanged();
     InstallHexKeyFilter(GetDlgItem(dialog, IDC_OPERATION_COMMAND));
+    ShowCommand(dialog, settings);
     SetWindowTextW(dialog, OperationDialogTexts()[static_cast<std::size_t>(gOperation.moment)]);
     OperationDialogTexts().ApplyTo(dialog);
-    ShowCommand(dialog, settings);
+    CheckItem(dialog, IDC_OPERATION_SEND_COMMAND, settings.sendCommand == 1);
+    EnableItem(dialog, IDC_OPERATION_COMMAND, settings.sendCommand == 1);
     CheckItem(dialog, IDC_OPERATION_FEED_TO_POSITION, settings.feedToPosition == 1);
     FillLists(dialog, settings);
     ShowNumber(dialog, settings, kFeedNumber);

@@ -39,7 +39,7 @@ void AnswerSheetReason(PROPSHEETUI_INFO& info, LPARAM lParam) noexcept {
             break;
         case PROPSHEETUI_REASON_SET_RESULT:
             if (lParam != 0) {
-                info.Result = reinterpret_cast<PSETRESULT_INFO>(lParam)->Result;
+                info.Result = static_cast<ULONG_PTR>(reinterpret_cast<PSETRESULT_INFO>(lParam)->Result);
             }
             break;
         case PROPSHEETUI_REASON_GET_ICON:
