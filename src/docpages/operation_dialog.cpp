@@ -18,9 +18,8 @@
 #include "intrface/win/module.h"
 #include "intrface/win/page.h"
 #include "language/messages.h"
+#include "language/text_lookup.h"
 #include "resources/resource.h"
-
-OperationEditBuffer gOperation;
 
 namespace {
 
@@ -67,18 +66,29 @@ constexpr int kAlignments[] = {IDC_OPERATION_ALIGN_LEFT, IDC_OPERATION_ALIGN_CEN
 constexpr int kLogoRadios[] = {IDC_OPERATION_ALIGN_LEFT, IDC_OPERATION_ALIGN_CENTERED,
                                IDC_OPERATION_ALIGN_RIGHT, IDC_OPERATION_BEFORE_CUT, IDC_OPERATION_AFTER_CUT};
 
+// What the dialog edits, kept in it while it is open.
+OperationEditBuffer& BufferOf(HWND dialog) {
+    return *reinterpret_cast<OperationEditBuffer*>(GetWindowLongPtrW(dialog, DWLP_USER));
+}
+
 LRESULT CALLBACK OperationHelpProc(HWND control, UINT message, WPARAM wParam, LPARAM lParam) {
     return HandleHelp(OperationDialogHelp(), control, message, wParam, lParam);
 }
 
+// A list's choice. A stored value that the list does not have shows as no selection, and stays unless another
+// is chosen.
+int ChosenItem(HWND dialog, int list, std::uint8_t OperationSettings::*stored) {
+    return SelectedItem(dialog, list, BufferOf(dialog).settings.*stored);
+}
+
 void EnableForBuzzer(HWND dialog) {
-    const bool on = SelectedItem(dialog, IDC_OPERATION_BUZZER, 0) != 0;
+    const bool on = ChosenItem(dialog, IDC_OPERATION_BUZZER, &OperationSettings::buzzer) != 0;
     EnableItem(dialog, IDC_OPERATION_VOLUME, on);
     EnableItem(dialog, IDC_OPERATION_VOLUME_SPIN, on);
 }
 
 void EnableForLogo(HWND dialog) {
-    const bool logo = SelectedItem(dialog, IDC_OPERATION_LOGO, 0) != 0;
+    const bool logo = ChosenItem(dialog, IDC_OPERATION_LOGO, &OperationSettings::logo) != 0;
     for (const int radio : kLogoRadios) {
         EnableItem(dialog, radio, logo);
     }
@@ -117,12 +127,13 @@ void ShowNumber(HWND dialog, const OperationSettings& settings, const DialogNumb
 }
 
 void DialogOpened(HWND dialog) {
-    const OperationSettings& settings = gOperation.settings;
+    const OperationSettings& settings = BufferOf(dialog).settings;
+    RefreshLanguageFile();
     OperationDialogTexts().LoadIfChanged();
     OperationDialogHelp().LoadIfChanged();
     InstallHexKeyFilter(GetDlgItem(dialog, IDC_OPERATION_COMMAND));
     ShowCommand(dialog, settings);
-    SetWindowTextW(dialog, OperationDialogTexts()[static_cast<std::size_t>(gOperation.moment)]);
+    SetWindowTextW(dialog, OperationDialogTexts()[static_cast<std::size_t>(BufferOf(dialog).moment)]);
     OperationDialogTexts().ApplyTo(dialog);
     CheckItem(dialog, IDC_OPERATION_SEND_COMMAND, settings.sendCommand == 1);
     EnableItem(dialog, IDC_OPERATION_COMMAND, settings.sendCommand == 1);
@@ -144,9 +155,9 @@ void DialogOpened(HWND dialog) {
 
 // Stretches the picture for the present choice over the frame.
 void DrawPreview(HWND dialog, HDC frame) {
-    const bool cut = SelectedItem(dialog, IDC_OPERATION_CUT, kNoCut) != kNoCut;
+    const bool cut = ChosenItem(dialog, IDC_OPERATION_CUT, &OperationSettings::cutPaper) != kNoCut;
     const bool feed = IsItemChecked(dialog, IDC_OPERATION_FEED_TO_POSITION);
-    const int id = OperationPreviewBitmap(gOperation.moment, feed, cut);
+    const int id = OperationPreviewBitmap(BufferOf(dialog).moment, feed, cut);
     const HBITMAP bitmap = LoadBitmapW(ghInstance, MAKEINTRESOURCEW(id));
     const HDC memory = CreateCompatibleDC(frame);
     BITMAP size{};
@@ -199,16 +210,15 @@ std::uint8_t TakeNumber(HWND dialog, const DialogNumber& number) {
 }
 
 void OkPressed(HWND dialog) {
-    OperationSettings settings = gOperation.settings;
+    OperationSettings settings = BufferOf(dialog).settings;
     if (!TakeCommand(dialog, settings)) {
         return;
     }
     settings.sendCommand = IsItemChecked(dialog, IDC_OPERATION_SEND_COMMAND) ? 1 : 0;
     settings.feedToPosition = IsItemChecked(dialog, IDC_OPERATION_FEED_TO_POSITION) ? 1 : 0;
     for (const DialogList& list : kLists) {
-        // A value that the list does not have shows as no selection, and stays unless another is chosen.
         settings.*list.selection =
-            static_cast<std::uint8_t>(SelectedItem(dialog, list.control, settings.*list.selection));
+            static_cast<std::uint8_t>(ChosenItem(dialog, list.control, list.selection));
     }
     settings.feed = TakeNumber(dialog, kFeedNumber);
     settings.buzzerVolume = TakeNumber(dialog, kVolumeNumber);
@@ -217,15 +227,15 @@ void OkPressed(HWND dialog) {
                          : IsItemChecked(dialog, IDC_OPERATION_ALIGN_CENTERED) ? 1
                                                                                : 2;
     settings.logoPosition = IsItemChecked(dialog, IDC_OPERATION_BEFORE_CUT) ? 0 : 1;
-    gOperation.settings = settings;
+    BufferOf(dialog).settings = settings;
     EndDialog(dialog, IDOK);
 }
 
 // The factory operation: both drawers with the longest pulse when a document starts, feed and partial cut
 // when it ends, nothing in between.
 void DefaultPressed(HWND dialog) {
-    const bool docStart = gOperation.moment == Moment::kDocStart;
-    const bool docEnd = gOperation.moment == Moment::kDocEnd;
+    const bool docStart = BufferOf(dialog).moment == Moment::kDocStart;
+    const bool docEnd = BufferOf(dialog).moment == Moment::kDocEnd;
     CheckItem(dialog, IDC_OPERATION_SEND_COMMAND, false);
     SetDlgItemTextW(dialog, IDC_OPERATION_COMMAND, L"");
     EnableItem(dialog, IDC_OPERATION_COMMAND, false);
@@ -300,6 +310,12 @@ INT_PTR ControlUsed(HWND dialog, int control, int notification) {
 
 INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     TRACE_VERBOSE(L"UI:  OperationDlgProc\r\n");
+    if (message == WM_INITDIALOG) {
+        SetWindowLongPtrW(dialog, DWLP_USER, lParam);
+    }
+    if (GetWindowLongPtrW(dialog, DWLP_USER) == 0) {
+        return FALSE;
+    }
     switch (message) {
         case WM_INITDIALOG:
             DialogOpened(dialog);

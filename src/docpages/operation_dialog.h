@@ -6,12 +6,12 @@
 #include "devmode/operation_settings.h"
 #include "language/text_table.h"
 
-// What the Operation page and its dialog share while the dialog is open. The dialog changes it only on OK.
+// What the Operation page and its dialog share while the dialog is open, by address as the dialog's
+// parameter. The dialog changes it only on OK.
 struct OperationEditBuffer {
     Moment moment;
     OperationSettings settings;
 };
-extern OperationEditBuffer gOperation;
 
 TextTable& OperationDialogTexts() noexcept;
 TextTable& OperationDialogHelp() noexcept;

@@ -38,9 +38,10 @@ void MomentChosen(HWND dialog, const DocumentSheetContext& context, const Moment
     if (record == nullptr) {
         return;
     }
-    gOperation = {button.moment, ReadOperation(*record, button.moment)};
-    if (RunDialog(IDD_OPERATION_DIALOG, dialog, OperationDlgProc, 0) == IDOK) {
-        WriteOperation(*record, button.moment, gOperation.settings);
+    OperationEditBuffer buffer{button.moment, ReadOperation(*record, button.moment)};
+    if (RunDialog(IDD_OPERATION_DIALOG, dialog, OperationDlgProc, reinterpret_cast<LPARAM>(&buffer)) ==
+        IDOK) {
+        WriteOperation(*record, button.moment, buffer.settings);
         MarkChanged(dialog);
     }
 }

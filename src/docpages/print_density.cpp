@@ -54,9 +54,15 @@ bool IsText(const wchar_t* text) noexcept {
     return text != nullptr && !IS_INTRESOURCE(text);
 }
 
+// Types whose values are texts to select from; behind the others' pData lie numbers, buffers or code.
+bool HasTextValues(const OPTTYPE& type) noexcept {
+    return type.Type == TVOT_2STATES || type.Type == TVOT_3STATES || type.Type == TVOT_LISTBOX ||
+           type.Type == TVOT_COMBOBOX;
+}
+
 bool IsPrintDensity(const OPTITEM& item) {
     if (item.DMPubID != DMPUB_NONE || item.Level != kOptionLevel || item.pOptType == nullptr ||
-        item.pOptType->Count == 0 || item.pOptType->pOptParam == nullptr ||
+        !HasTextValues(*item.pOptType) || item.pOptType->Count == 0 || item.pOptType->pOptParam == nullptr ||
         !IsText(item.pOptType->pOptParam[0].pData)) {
         return false;
     }

@@ -42,7 +42,7 @@ void TextTable::ApplyTo(HWND dialog) const {
 }
 
 void SetTextIfChanged(HWND window, const wchar_t* text) {
-    wchar_t shown[kMessageText];
+    wchar_t shown[kMessageText] = {};
     GetWindowTextW(window, shown, kMessageText);
     if (std::wstring_view(shown) != text) {
         SetWindowTextW(window, text);

@@ -60,12 +60,14 @@ inline void SelectItem(HWND dialog, int list, int index) noexcept {
     SendDlgItemMessageW(dialog, list, CB_SETCURSEL, static_cast<WPARAM>(index), 0);
 }
 
-// Reads a number edit, caps it, and shows the result through its up-down.
-inline UINT CapNumber(HWND dialog, int edit, int spin, UINT maximum) noexcept {
-    UINT value = GetDlgItemInt(dialog, edit, nullptr, FALSE);
-    if (value > maximum) {
-        value = maximum;
+// Reads a number edit, caps it, and shows the result through its up-down. The caret then stands where typing
+// goes on.
+inline void CapNumber(HWND dialog, int edit, int spin, UINT maximum) noexcept {
+    const UINT typed = GetDlgItemInt(dialog, edit, nullptr, FALSE);
+    const LRESULT length = SendDlgItemMessageW(dialog, edit, WM_GETTEXTLENGTH, 0, 0);
+    SendDlgItemMessageW(dialog, spin, UDM_SETPOS32, 0,
+                        static_cast<LPARAM>(typed < maximum ? typed : maximum));
+    if (typed > maximum || length == 0) {
+        SendDlgItemMessageW(dialog, edit, EM_SETSEL, 0x7FFF, 0x7FFF);
     }
-    SendDlgItemMessageW(dialog, spin, UDM_SETPOS32, 0, static_cast<LPARAM>(value));
-    return value;
 }
