@@ -1,0 +1,14 @@
+// Whole files in and out. Both throw std::runtime_error with a text for a person, in UTF-8.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <vector>
+
+// Nothing when there is no such file; a file above `limit` bytes is refused.
+std::optional<std::vector<std::uint8_t>> ReadWholeFile(const std::filesystem::path& path, std::size_t limit);
+
+// Replaces the file only when every byte was written: an interrupted run leaves the old one.
+void WriteWholeFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes);

@@ -1,0 +1,25 @@
+// The host's own tabs of the printing preferences, "Layout" and "Paper/Quality". They show the driver's
+// option items as they are at that moment, relabelled or not, and they are how the host learns whether the
+// sheet was applied.
+#pragma once
+
+#include "intrface/print_oem.h"
+
+#include <functional>
+
+#include "driver_options.h"
+
+struct HostTabContext {
+    const DriverOptions* options = nullptr;
+    // A tab came to the front, so there is a sheet to see.
+    std::function<void()> shown;
+    // The sheet's pages were asked to apply; `closing` tells OK from Apply.
+    std::function<void(bool closing)> applied;
+    // All pages have had their turn after Apply (not after OK: the sheet is gone by then).
+    std::function<void()> apply_finished;
+    std::function<void()> cancelled;
+};
+
+// Adds both tabs to a sheet that is being initialised; `context` must outlive the sheet. Gives the engine's
+// answer for the last tab, 0 when a tab was not added.
+LONG_PTR AddDocumentTabs(const PROPSHEETUI_INFO& info, const HostTabContext& context);

@@ -1,0 +1,192 @@
+// KVMR72Host: the desk of whoever works on the plug-in or with its records. It opens the plug-in's pages in a
+// real sheet, lets a person or --play work them, and tells what that did to the record.
+//
+// The order of Run is the order in which a driver's host works. A printer joins where the sheet is opened:
+// its handle is HostSettings::printer.
+#include <windows.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "files.h"
+#include "options.h"
+#include "pictures.h"
+#include "plugin_host.h"
+#include "record_fields.h"
+#include "trace_capture.h"
+#include "typical_event.h"
+#include "ui_driver.h"
+#include "utf8.h"
+
+namespace {
+
+constexpr int kExitFailed = 1;
+constexpr int kExitUsage = 2;
+
+// Far above any record: only keeps a wrong file from being read whole.
+constexpr std::size_t kLargestRecordFile = 65536;
+
+constexpr wchar_t kLanguageKey[] = L"SOFTWARE\\KESTREL\\LANGUAGE";
+constexpr wchar_t kLanguageValue[] = L"LANGUAGE_KVMR72";
+constexpr wchar_t kFollowSystemValue[] = L"IsFirstRun_KVMR72";
+
+using RecordCopy = std::array<std::uint8_t, kOemRecordSize>;
+
+std::filesystem::path ProgramFolder() {
+    std::wstring path(MAX_PATH, L'\0');
+    DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    while (length == path.size()) {
+        path.resize(path.size() * 2);
+        length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    }
+    path.resize(length);
+    return std::filesystem::path(path).parent_path();
+}
+
+void SetLanguageValue(const wchar_t* name, const std::wstring& value) {
+    const auto size = static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t));
+    const LSTATUS status =
+        RegSetKeyValueW(HKEY_CURRENT_USER, kLanguageKey, name, REG_SZ, value.c_str(), size);
+    if (status != ERROR_SUCCESS) {
+        throw HostError("cannot store the language in the registry: error " + std::to_string(status));
+    }
+}
+
+// The plug-in reads the choice when it is loaded; while the other value is TRUE it would follow the system
+// instead.
+void ChooseLanguage(const std::wstring& language) {
+    SetLanguageValue(kLanguageValue, language + L"_KVMR72.res");
+    SetLanguageValue(kFollowSystemValue, L"FALSE");
+}
+
+void LoadStoredRecord(PluginHost& host, const std::filesystem::path& file) {
+    const auto stored = ReadWholeFile(file, kLargestRecordFile);
+    if (!stored) {
+        return;
+    }
+    try {
+        host.LoadRecord(*stored);
+    } catch (const HostError& error) {
+        throw HostError(ToUtf8(file.native()) + " is not a settings record: " + error.what());
+    }
+    if (stored->size() != kOemRecordSize) {
+        std::printf("Converted a record of %zu bytes.\n", stored->size());
+    }
+}
+
+SheetResult OpenPreferences(PluginHost& host, const Options& options) {
+    SheetResult result;
+    const auto open = [&] { result = host.OpenSheet(SheetKind::kDocument); };
+    const auto script = [&options](UiDriver& driver) {
+        const Sheet sheet = driver.WaitForSheet();
+        if (options.pictures) {
+            TakePictures(sheet, *options.pictures);
+        }
+        if (options.play) {
+            PlayTypicalEvent(sheet);
+        }
+    };
+    if (options.play) {
+        RunDriven(open, script);
+    } else if (options.pictures) {
+        RunThenHandOver(open, script);
+    } else {
+        open();
+    }
+    return result;
+}
+
+void PrintChanges(RecordBytes before, RecordBytes after) {
+    const std::vector<FieldChange> changes = CompareRecords(before, after);
+    if (changes.empty()) {
+        std::puts("Nothing changed in the record.");
+        return;
+    }
+    std::puts("Changed in the record:");
+    std::size_t width = 0;
+    for (const FieldChange& change : changes) {
+        width = std::max(width, change.name.size());
+    }
+    for (const FieldChange& change : changes) {
+        std::printf("  %-*s  %s -> %s\n", static_cast<int>(width), change.name.c_str(), change.before.c_str(),
+                    change.after.c_str());
+    }
+}
+
+void WriteTrace(const TraceCapture& trace, const std::filesystem::path& file) {
+    std::string text;
+    for (const std::wstring& line : trace.Lines()) {
+        text += ToUtf8(line);
+    }
+    WriteWholeFile(file, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+}
+
+void RunSheet(const Options& options) {
+    PluginHost host(options.dll ? std::filesystem::absolute(*options.dll)
+                                : ProgramFolder() / L"KVMR72UI.dll");
+    if (options.record) {
+        LoadStoredRecord(host, *options.record);
+    }
+    RecordCopy before = {};
+    std::ranges::copy(host.record_bytes(), before.begin());
+
+    const SheetResult result = OpenPreferences(host, options);
+
+    if (!host.GuardsIntact()) {
+        throw HostError("the plug-in wrote outside the record or an option's text");
+    }
+    if (!result.kept) {
+        std::puts("Cancelled: the record stays as it was.");
+        return;
+    }
+    PrintChanges(before, host.record_bytes());
+    if (options.record) {
+        WriteWholeFile(*options.record, host.record_bytes());
+    }
+}
+
+void Run(const Options& options) {
+    if (options.language) {
+        ChooseLanguage(*options.language);
+    }
+    if (!options.trace) {
+        RunSheet(options);
+        return;
+    }
+    const TraceCapture trace;
+    try {
+        RunSheet(options);
+    } catch (...) {
+        // What was traced up to a failure is wanted most of all.
+        WriteTrace(trace, *options.trace);
+        throw;
+    }
+    WriteTrace(trace, *options.trace);
+}
+
+}  // namespace
+
+int wmain(int argc, wchar_t** argv) {
+    SetConsoleOutputCP(CP_UTF8);
+    try {
+        const Options options = ParseOptions({argv + 1, argv + argc});
+        if (options.help) {
+            std::fputs(HelpText().c_str(), stdout);
+        } else if (options.version) {
+            std::puts("KVMR72Host " KVMR72_VERSION);
+        } else {
+            Run(options);
+        }
+        return 0;
+    } catch (const UsageError& error) {
+        std::fprintf(stderr, "KVMR72Host: %s\nTry KVMR72Host --help.\n", error.what());
+        return kExitUsage;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "KVMR72Host: %s\n", error.what());
+        return kExitFailed;
+    }
+}

@@ -1,0 +1,115 @@
+#include "options.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "utf8.h"
+
+namespace {
+
+constexpr wchar_t kDefaultPictures[] = L"pictures";
+
+struct OptionRow {
+    const wchar_t* name;
+    const char* value;  // null: the option stands alone
+    const char* help;   // further lines are indented by HelpText
+    std::function<void(Options&, const std::wstring&)> apply;
+};
+
+void SetLanguage(Options& options, const std::wstring& value) {
+    if (value != L"ENG" && value != L"CHN" && value != L"CHF") {
+        throw UsageError("--language is ENG, CHN or CHF, not \"" + ToUtf8(value) + "\"");
+    }
+    options.language = value;
+}
+
+const std::vector<OptionRow>& Rows() {
+    static const std::vector<OptionRow> rows = {
+        {L"--dll", "PATH", "the plug-in; otherwise KVMR72UI.dll beside this program",
+         [](Options& options, const std::wstring& value) { options.dll = value; }},
+        {L"--record", "FILE",
+         "keep the settings record in FILE: read at start if it is there, written\n"
+         "when the sheet ended with OK. A file that is no record is refused; one\n"
+         "of another version's size is converted by the plug-in.",
+         [](Options& options, const std::wstring& value) { options.record = value; }},
+        {L"--language", "ENG|CHN|CHF",
+         "choose the language, as the Main page does for the current user:\n"
+         "English, Simplified Chinese or Traditional Chinese",
+         SetLanguage},
+        {L"--play", nullptr,
+         "do not wait for a person: Operation tab, \"Start of Document\", first\n"
+         "cash drawer for 10 ms, partial cut, OK, OK",
+         [](Options& options, const std::wstring&) { options.play = true; }},
+        {L"--pictures", "DIR",
+         "write a BMP of every page of the plug-in and of the operation dialog at\n"
+         "each moment into DIR, before a person or --play takes over",
+         [](Options& options, const std::wstring& value) { options.pictures = value; }},
+        {L"--headless", nullptr, "--play and --pictures, into the folder \"pictures\" unless one is named",
+         [](Options& options, const std::wstring&) {
+             options.play = true;
+             if (!options.pictures) {
+                 options.pictures = kDefaultPictures;
+             }
+         }},
+        {L"--trace", "FILE", "write the plug-in's trace lines to FILE, UTF-8, those of its loading included",
+         [](Options& options, const std::wstring& value) { options.trace = value; }},
+        {L"--help", nullptr, "print this and end",
+         [](Options& options, const std::wstring&) { options.help = true; }},
+        {L"--version", nullptr, "print the version and end",
+         [](Options& options, const std::wstring&) { options.version = true; }},
+    };
+    return rows;
+}
+
+}  // namespace
+
+Options ParseOptions(const std::vector<std::wstring>& arguments) {
+    Options options;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const auto row = std::find_if(Rows().begin(), Rows().end(), [&](const OptionRow& candidate) {
+            return candidate.name == arguments[i];
+        });
+        if (row == Rows().end()) {
+            throw UsageError("unknown option \"" + ToUtf8(arguments[i]) + "\"");
+        }
+        std::wstring value;
+        if (row->value != nullptr) {
+            if (i + 1 == arguments.size() || arguments[i + 1].empty() ||
+                arguments[i + 1].starts_with(L"--")) {
+                throw UsageError(ToUtf8(row->name) + " needs a value: " + row->value);
+            }
+            value = arguments[++i];
+        }
+        row->apply(options, value);
+    }
+    return options;
+}
+
+std::string HelpText() {
+    constexpr std::size_t kColumn = 26;
+    std::string text =
+        "usage: KVMR72Host [OPTION...]\n"
+        "\n"
+        "Opens the printing preferences of the KVM-R72 receipt printer around its\n"
+        "user-interface plug-in, as the driver does. When the sheet has ended with OK it\n"
+        "prints what changed in the settings record, field by field.\n"
+        "\n";
+    for (const OptionRow& row : Rows()) {
+        std::string line = "  " + ToUtf8(row.name);
+        if (row.value != nullptr) {
+            line += std::string(" ") + row.value;
+        }
+        line.resize(std::max(line.size() + 1, kColumn), ' ');
+        for (const char* c = row.help; *c != '\0'; ++c) {
+            line += *c;
+            if (*c == '\n') {
+                line.append(kColumn, ' ');
+            }
+        }
+        text += line + "\n";
+    }
+    return text +
+           "\n"
+           "Exit codes: 0 done (Cancel included), 1 failed, 2 wrong command line, 99 hung and\n"
+           "ended by the watchdog of --play.\n";
+}

@@ -1,0 +1,30 @@
+// The command line of the host program.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+// A wrong command line; the text says what is wrong, in UTF-8.
+class UsageError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+struct Options {
+    std::optional<std::filesystem::path> dll;  // else KVMR72UI.dll beside the program
+    std::optional<std::filesystem::path> record;
+    std::optional<std::filesystem::path> pictures;
+    std::optional<std::filesystem::path> trace;
+    std::optional<std::wstring> language;  // ENG, CHN or CHF
+    bool play = false;
+    bool help = false;
+    bool version = false;
+};
+
+// `arguments` without the program's name. Throws UsageError.
+Options ParseOptions(const std::vector<std::wstring>& arguments);
+
+// The whole of --help, UTF-8.
+std::string HelpText();

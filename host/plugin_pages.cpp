@@ -1,0 +1,37 @@
+#include "plugin_pages.h"
+
+#include "resources/resource.h"
+
+namespace {
+
+// A control that only this page has.
+struct NamedPage {
+    int control;
+    const wchar_t* name;
+};
+
+constexpr NamedPage kNamedPages[] = {
+    {IDC_OPERATION_PAGE_DOC_START, L"operation"},
+};
+
+}  // namespace
+
+Window SelectPageWith(const Sheet& sheet, int control) {
+    const int count = sheet.TabCount();
+    for (int index = kHostTabCount; index < count; ++index) {
+        const Window page = sheet.SelectPage(index);
+        if (page.HasControl(control)) {
+            return page;
+        }
+    }
+    throw UiError("no page of the plug-in has control " + std::to_string(control));
+}
+
+std::wstring PageName(const Window& page, int index) {
+    for (const NamedPage& named : kNamedPages) {
+        if (page.HasControl(named.control)) {
+            return named.name;
+        }
+    }
+    return L"page-" + std::to_wstring(index);
+}
