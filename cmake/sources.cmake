@@ -4,14 +4,19 @@ set(PORTABLE_SOURCES
   src/base/text.cpp
   src/devmode/devmode_record.cpp
   src/devmode/operation_settings.cpp
+  src/docpages/bitmap_24.cpp
   src/docpages/hex_command.cpp
+  src/docpages/layout_rules.cpp
   src/docpages/operation_preview.cpp
+  src/docpages/water_mark_layout.cpp
   src/language/language_choice.cpp
   src/language/language_file.cpp
+  src/language/language_list.cpp
 )
 
 set(WIN32_SOURCES
   src/devpages/device_sheet.cpp
+  src/docpages/bitmap_24_file.cpp
   src/docpages/document_sheet.cpp
   src/docpages/hex_key_filter.cpp
   src/docpages/operation_dialog.cpp

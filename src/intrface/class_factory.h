@@ -5,8 +5,10 @@
 
 #include <unknwn.h>
 
+#include "intrface/win/nothrow_new.h"
+
 // Created with one reference; goes with the last Release.
-class OemUIClassFactory final : public IClassFactory {
+class OemUIClassFactory final : public IClassFactory, public NothrowNew {
   public:
     OemUIClassFactory() noexcept = default;
     OemUIClassFactory(const OemUIClassFactory&) = delete;

@@ -56,7 +56,9 @@ void FillRecord(DWORD dwMode, const OEMDMPARAM& parameter) noexcept {
         SetDefaultOEMDev(out.Get());
         return;
     }
-    ConvertOEMDevmode(static_cast<const OEMDEV*>(parameter.pOEMDMIn), out.Get());
+    // A record converted in place is no longer than its buffer, whatever its header says.
+    const void* const in = parameter.pOEMDMIn == parameter.pOEMDMOut ? out.Get() : parameter.pOEMDMIn;
+    ConvertOEMDevmode(static_cast<const OEMDEV*>(in), out.Get());
     if (dwMode == OEMDM_MERGE) {
         ValidateOEMDev(out.Get());
     }

@@ -193,12 +193,15 @@ HRESULT IOemUI::QueryColorProfile(HANDLE, POEMUIOBJ, PDEVMODEW, PVOID, ULONG ulQ
     if (ulQueryMode != 0) {
         return E_FAIL;
     }
-    if (pcbProfileData == nullptr || pflProfileData == nullptr) {
+    if (pcbProfileData == nullptr) {
         return Fail(ERROR_INVALID_PARAMETER);
     }
     if (pvProfileData == nullptr || *pcbProfileData < kColorProfileSize) {
         *pcbProfileData = kColorProfileSize;
         return Fail(ERROR_INSUFFICIENT_BUFFER);
+    }
+    if (pflProfileData == nullptr) {
+        return Fail(ERROR_INVALID_PARAMETER);
     }
     std::copy(std::begin(kColorProfile), std::end(kColorProfile), static_cast<wchar_t*>(pvProfileData));
     *pcbProfileData = kColorProfileSize;

@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include "intrface/print_oem.h"
+#include "intrface/win/nothrow_new.h"
 #include "intrface/win/sheet_context.h"
 
 // Counts of the process. Live objects do not hold the module, so gObjectCount stays 0; the factory's locks
@@ -12,7 +13,7 @@ extern LONG gObjectCount;
 extern LONG gLockCount;
 
 // Created with one reference; goes with the last Release.
-class IOemUI final : public IPrintOemUI {
+class IOemUI final : public IPrintOemUI, public NothrowNew {
   public:
     IOemUI() noexcept = default;
     IOemUI(const IOemUI&) = delete;

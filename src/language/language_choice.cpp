@@ -1,6 +1,7 @@
 #include "language/language_choice.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 
@@ -10,6 +11,31 @@ constexpr std::uint16_t kChineseHongKong = 3076;
 constexpr std::uint16_t kChineseSingapore = 4100;
 
 constexpr StringView16 kNotInFileNames = TEXT16("\\/:*?\"<>|");
+
+// Names that open a device, with any extension.
+constexpr StringView16 kDevices[] = {TEXT16("CON"), TEXT16("PRN"), TEXT16("AUX"),
+                                     TEXT16("NUL"), TEXT16("COM"), TEXT16("LPT")};
+constexpr std::size_t kNumberedDevices = 4;  // from here on with a digit behind
+
+bool IsDevice(StringView16 name) noexcept {
+    StringView16 stem = name.substr(0, name.find('.'));
+    while (!stem.empty() && stem.back() == ' ') {
+        stem.remove_suffix(1);
+    }
+    for (std::size_t i = 0; i < std::size(kDevices); ++i) {
+        const StringView16 device = kDevices[i];
+        const bool begins =
+            stem.size() >= device.size() &&
+            std::equal(device.begin(), device.end(), stem.begin(),
+                       [](Char16 upper, Char16 unit) { return unit == upper || unit == upper + 0x20; });
+        const std::size_t digits = i < kNumberedDevices ? 0 : 1;
+        if (begins && stem.size() == device.size() + digits &&
+            (digits == 0 || (stem.back() >= '0' && stem.back() <= '9'))) {
+            return true;
+        }
+    }
+    return false;
+}
 
 }  // namespace
 
@@ -32,7 +58,8 @@ StringView16 UsableLanguageName(StringView16 name) noexcept {
     };
     // The platform drops dots and blanks at a name's end; "." and ".." are folders.
     const bool usable = !name.empty() && name.size() < kLanguageNameLength && name.back() != '.' &&
-                        name.back() != ' ' && std::none_of(name.begin(), name.end(), isForbidden);
+                        name.back() != ' ' && std::none_of(name.begin(), name.end(), isForbidden) &&
+                        !IsDevice(name);
     return usable ? name : kEnglishFile;
 }
 

@@ -1,5 +1,7 @@
 #include "language/text_table.h"
 
+#include <algorithm>
+
 #include "language/text_lookup.h"
 
 void TextTable::Load() {
@@ -7,7 +9,7 @@ void TextTable::Load() {
     texts.reserve(entries_.size());
     for (const TextEntry& entry : entries_) {
         wchar_t text[kMessageText];
-        LoadText(section_, entry.key, entry.english, text, entry.length);
+        LoadText(section_, entry.key, entry.english, text, std::min(entry.length, kMessageText));
         texts.emplace_back(text);
     }
     texts_.swap(texts);

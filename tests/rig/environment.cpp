@@ -67,6 +67,8 @@ std::filesystem::path DriverFolder() {
 void ResetToInstalled() {
     RemoveLanguageKey();
     RemoveUserFolder();
+    // Where the per-user folder lies when the shell does not say.
+    std::filesystem::remove_all(L"C:\\Pavane");
     InstallLanguageFiles();
 }
 

@@ -121,6 +121,8 @@ int main(int argc, char** argv) {
     SetUnhandledExceptionFilter(&ReportCrash);
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
     testing::InitGoogleMock(&argc, argv);
+    // What the plug-in may leave at the root of the current drive stays in the prefix.
+    SetCurrentDirectoryW(L"C:\\");
     const char* seconds = std::getenv("KVMR72_TEST_SECONDS");
     if (const int limit = seconds == nullptr ? 0 : std::atoi(seconds); limit > 0) {
         StartWatchdog(limit);

@@ -59,6 +59,17 @@ void TraceCapture::Add(const wchar_t* text) {
     SetLastError(error);
 }
 
+Lines TraceCapture::Take() {
+    Lines taken;
+    EnterCriticalSection(&lock_);
+    for (Line& line : lines_) {
+        taken.push_back(std::move(line.text));
+    }
+    lines_.clear();
+    LeaveCriticalSection(&lock_);
+    return taken;
+}
+
 Lines TraceCapture::TakeOf(DWORD thread) {
     Lines taken;
     EnterCriticalSection(&lock_);

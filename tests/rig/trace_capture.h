@@ -23,10 +23,12 @@ class TraceCapture {
     TraceCapture& operator=(const TraceCapture&) = delete;
     ~TraceCapture();
 
-    // The lines that this thread, or another one, has written since the last call; those of all other threads
-    // are forgotten with them: the system starts threads of its own, whose coming and going the DLL traces.
-    Lines Take() { return TakeOf(GetCurrentThreadId()); }
+    // The lines written since the last call; each call forgets all of them.
+    // Of every thread, in the order written. The system starts threads of its own, whose coming and going the
+    // DLL traces: where the lines are compared whole, take those of one thread.
+    Lines Take();
     Lines TakeOf(DWORD thread);
+    Lines TakeOwn() { return TakeOf(GetCurrentThreadId()); }
 
   private:
     struct Line {

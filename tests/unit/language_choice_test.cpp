@@ -102,4 +102,15 @@ TEST(JoinText, NoPartsAreEmptyAndNoRoomIsAFailure) {
     EXPECT_EQ(buffer[1], u'#');
 }
 
+TEST(UsableLanguageNameTest, RefusesDevices) {
+    for (const Char16* name : {TEXT16("CON"), TEXT16("con.res"), TEXT16("Prn.a.b"), TEXT16("AUX .res"),
+                               TEXT16("nul"), TEXT16("COM1"), TEXT16("com0.res"), TEXT16("LPT9.res")}) {
+        EXPECT_EQ(UsableLanguageName(name), kEnglishFile) << StringView16(name).size();
+    }
+    for (const Char16* name : {TEXT16("CONS.res"), TEXT16("COM.res"), TEXT16("COM12.res"), TEXT16("COMA.res"),
+                               TEXT16("XNUL.res"), TEXT16("LP.res")}) {
+        EXPECT_EQ(UsableLanguageName(name), StringView16(name));
+    }
+}
+
 }  // namespace

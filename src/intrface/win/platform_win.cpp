@@ -12,7 +12,7 @@ bool DebugTrace(const Char16* format, ...) noexcept {
     if (format == nullptr) {
         return false;
     }
-    wchar_t line[kTraceLength + 1];
+    wchar_t line[kTraceLength + 1] = {};
     va_list arguments;
     va_start(arguments, format);
     // The platform's own printf: "%s" is wide in it. A line that does not fit comes back without its
