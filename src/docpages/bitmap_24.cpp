@@ -1,0 +1,205 @@
+#include "docpages/bitmap_24.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+#include "base/platform.h"
+
+namespace {
+
+constexpr std::size_t kFileHeaderSize = 14;
+constexpr std::size_t kHeadersSize = kFileHeaderSize + 40;
+
+// Both headers as they lie in the file.
+using Headers = std::array<std::uint8_t, kHeadersSize>;
+
+constexpr std::size_t kTypeAt = 0;
+constexpr std::size_t kTotalSizeAt = 2;
+constexpr std::size_t kPixelOffsetAt = 10;
+constexpr std::size_t kWidthAt = 18;
+constexpr std::size_t kHeightAt = 22;
+constexpr std::size_t kBitCountAt = 28;
+constexpr std::size_t kImageSizeAt = 34;
+
+constexpr std::uint16_t kBitmapType = 0x4D42;  // "BM"
+constexpr std::uint16_t kBitCount24 = 24;
+
+// Where the pixels of each layout begin.
+constexpr std::uint32_t kOffset1Bit = 62;
+constexpr std::uint32_t kOffset8Bit = 1078;
+constexpr std::uint32_t kOffset24Bit = 54;
+
+std::uint16_t Get16(const Headers& headers, std::size_t at) noexcept {
+    return static_cast<std::uint16_t>(headers[at] | headers[at + 1] << 8);
+}
+
+std::uint32_t Get32(const Headers& headers, std::size_t at) noexcept {
+    return Get16(headers, at) | std::uint32_t{Get16(headers, at + 2)} << 16;
+}
+
+void Put16(Headers& headers, std::size_t at, std::uint16_t value) noexcept {
+    headers[at] = static_cast<std::uint8_t>(value & 0xFF);
+    headers[at + 1] = static_cast<std::uint8_t>(value >> 8);
+}
+
+void Put32(Headers& headers, std::size_t at, std::uint32_t value) noexcept {
+    Put16(headers, at, static_cast<std::uint16_t>(value & 0xFFFF));
+    Put16(headers, at + 2, static_cast<std::uint16_t>(value >> 16));
+}
+
+// A palette entry in the file.
+struct PaletteEntry {
+    std::uint8_t blue;
+    std::uint8_t green;
+    std::uint8_t red;
+    std::uint8_t reserved;
+};
+
+// The three bytes of a pixel in the result.
+using Pixel = std::array<std::uint8_t, 3>;
+
+// A 24-bit file keeps blue, green, red; a palette's colours go out with green and blue exchanged all the
+// same. That is how watermarks of this driver look, so they keep looking like it. Black, white and greys are
+// the same either way.
+Pixel ExchangeGreenAndBlue(const PaletteEntry& entry) noexcept {
+    return {entry.green, entry.blue, entry.red};
+}
+
+// A layout with a palette.
+struct Layout {
+    unsigned bits;         // of a pixel
+    std::uint8_t padding;  // the byte that fills a row of the result up to a multiple of 4
+};
+constexpr Layout k1Bit = {1, 0xFF};
+constexpr Layout k8Bit = {8, 0x00};
+
+constexpr std::size_t kMaxColours = 256;
+
+// Rows go through in pieces of this many pixels, whatever the header says of their width. A multiple of 32,
+// so that every piece but a row's last begins and ends with whole bytes and no padding.
+constexpr std::size_t kPiecePixels = 4096;
+
+struct Size {
+    std::uint32_t width;
+    std::uint32_t rows;       // that the result holds: none for a negative height
+    std::uint32_t totalSize;  // as the header's 32 bits hold it
+};
+
+// FALSE for a size that no file has: a negative width, or more bytes than a signed 32-bit size counts.
+bool ResultSize(const Headers& headers, Size& size) noexcept {
+    constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
+    const std::int64_t width = static_cast<std::int32_t>(Get32(headers, kWidthAt));
+    const std::int64_t height = static_cast<std::int32_t>(Get32(headers, kHeightAt));
+    const std::int64_t rowBytes = (width * 3 + 3) / 4 * 4;
+    if (width < 0 || rowBytes > kMost) {
+        return false;
+    }
+    const std::int64_t total = rowBytes * height + static_cast<std::int64_t>(kHeadersSize);
+    if (total > kMost || total < std::numeric_limits<std::int32_t>::min()) {
+        return false;
+    }
+    size.width = static_cast<std::uint32_t>(width);
+    size.rows = width > 0 && height > 0 ? static_cast<std::uint32_t>(height) : 0;
+    size.totalSize = static_cast<std::uint32_t>(total);
+    return true;
+}
+
+// The palette behind the headers; entries that the source lacks are black.
+template <std::size_t N>
+std::array<PaletteEntry, N> ReadPalette(ByteSource& source) noexcept {
+    std::array<std::uint8_t, N * sizeof(PaletteEntry)> bytes{};
+    source.Read(bytes);
+    std::array<PaletteEntry, N> palette;
+    for (std::size_t i = 0; i < N; ++i) {
+        palette[i] = {bytes[4 * i], bytes[4 * i + 1], bytes[4 * i + 2], bytes[4 * i + 3]};
+    }
+    return palette;
+}
+
+// Rows in the source's order, each padded to a multiple of 4 bytes on both sides. `colours` has one for every
+// value of a pixel.
+bool ConvertRows(ByteSource& source, ByteSink& sink, const Size& size, const Layout& layout,
+                 std::span<const Pixel> colours) noexcept {
+    std::array<std::uint8_t, kPiecePixels> indices;
+    std::array<std::uint8_t, kPiecePixels * 3> pixels;
+    const std::size_t perByte = 8 / layout.bits;
+    const auto wholeWords = [](std::size_t bytes) { return (bytes + 3) / 4 * 4; };
+    for (std::uint32_t row = 0; row < size.rows; ++row) {
+        for (std::size_t begin = 0; begin < size.width; begin += kPiecePixels) {
+            const std::size_t count = std::min<std::size_t>(kPiecePixels, size.width - begin);
+            const std::size_t sourceBytes = wholeWords((count + perByte - 1) / perByte);
+            const auto piece = std::span(indices).first(sourceBytes);
+            std::fill(piece.begin(), piece.end(), std::uint8_t{0xFF});
+            source.Read(piece);
+            const std::size_t end = wholeWords(count * 3);
+            std::fill(pixels.begin() + static_cast<std::ptrdiff_t>(count * 3),
+                      pixels.begin() + static_cast<std::ptrdiff_t>(end), layout.padding);
+            for (std::size_t i = 0; i < count; ++i) {
+                const unsigned index = layout.bits == 1 ? indices[i / 8] >> (7 - i % 8) & 1u : indices[i];
+                std::copy_n(colours[index].begin(), 3, pixels.begin() + static_cast<std::ptrdiff_t>(i * 3));
+            }
+            if (!sink.Write(std::span(pixels).first(end))) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+void TracePalette(const std::array<PaletteEntry, 2>& palette) noexcept {
+    TRACE_VERBOSE(TEXT16("UI:  ChangeTo24Bitmap palette[0].rgbRed =%X\r\n"), palette[0].red);
+    TRACE_VERBOSE(TEXT16("UI:  ChangeTo24Bitmap palette[0].rgbGreen =%X\r\n"), palette[0].green);
+    TRACE_VERBOSE(TEXT16("UI:  ChangeTo24Bitmap palette[0].rgbBlue =%X\r\n"), palette[0].blue);
+    TRACE_VERBOSE(TEXT16("UI:  ChangeTo24Bitmap palette[1].rgbRed =%X\r\n"), palette[1].red);
+    TRACE_VERBOSE(TEXT16("UI:  ChangeTo24Bitmap palette[1].rgbGreen =%X\r\n"), palette[1].green);
+    TRACE_VERBOSE(TEXT16("UI:  ChangeTo24Bitmap palette[1].rgbBlue =%X\r\n"), palette[1].blue);
+}
+
+}  // namespace
+
+BitmapConversion ConvertTo24Bitmap(ByteSource& source, ByteSink& sink) noexcept {
+    Headers headers{};
+    source.Read(std::span(headers).first(kFileHeaderSize));
+    const std::uint32_t offset = Get32(headers, kPixelOffsetAt);
+    if (Get16(headers, kTypeAt) != kBitmapType ||
+        (offset != kOffset1Bit && offset != kOffset8Bit && offset != kOffset24Bit)) {
+        return BitmapConversion::kRefused;
+    }
+    source.Read(std::span(headers).subspan(kFileHeaderSize));
+    if (offset == kOffset24Bit) {
+        if (Get16(headers, kBitCountAt) != kBitCount24) {
+            TRACE_VERBOSE(TEXT16("UI:  ChangeTo24Bitmap not 24 bitcount\r\n"));
+            return BitmapConversion::kRefused;
+        }
+        return BitmapConversion::kCopyWhole;
+    }
+    Size size;
+    if (!ResultSize(headers, size)) {
+        return BitmapConversion::kRefused;
+    }
+    Put32(headers, kTotalSizeAt, size.totalSize);
+    Put32(headers, kPixelOffsetAt, kOffset24Bit);
+    Put16(headers, kBitCountAt, kBitCount24);
+    if (offset == kOffset8Bit) {
+        Put32(headers, kImageSizeAt, 0);
+    }
+    if (!sink.Write(headers)) {
+        return BitmapConversion::kRefused;
+    }
+    std::array<Pixel, kMaxColours> colours;
+    const auto setColours = [&](const auto& palette) {
+        std::transform(palette.begin(), palette.end(), colours.begin(), ExchangeGreenAndBlue);
+    };
+    if (offset == kOffset1Bit) {
+        const auto palette = ReadPalette<2>(source);
+        TracePalette(palette);
+        TRACE_VERBOSE(TEXT16("UI:  ChangeTo24Bitmap bf.bfOffBits =%d\r\n"), static_cast<int>(offset));
+        setColours(palette);
+    } else {
+        setColours(ReadPalette<kMaxColours>(source));
+    }
+    return ConvertRows(source, sink, size, offset == kOffset1Bit ? k1Bit : k8Bit, colours)
+               ? BitmapConversion::kConverted
+               : BitmapConversion::kRefused;
+}
