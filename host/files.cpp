@@ -39,7 +39,8 @@ std::optional<std::vector<std::uint8_t>> ReadWholeFile(const std::filesystem::pa
 }
 
 void WriteWholeFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
-    const std::wstring part = path.native() + L".part";
+    // Beside the file, under a name of this process's own.
+    const std::wstring part = path.native() + L"." + std::to_wstring(GetCurrentProcessId()) + L".part";
     File file(_wfopen(part.c_str(), L"wb"));
     bool written = file != nullptr && std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
     written = file != nullptr && std::fclose(file.release()) == 0 && written;

@@ -9,6 +9,8 @@ void PlayTypicalEvent(const Sheet& sheet) {
     constexpr int kPartialCut = 1;
     const Window page = SelectPageWith(sheet, IDC_OPERATION_PAGE_DOC_START);
     const Window dialog = page.OpenDialog(IDC_OPERATION_PAGE_DOC_START);
+    // The kept record may have chosen the herald instead.
+    dialog.Click(IDC_OPERATION_OPEN_DRAWER);
     dialog.SelectCombo(IDC_OPERATION_DRAWER, kDrawer1For10Ms);
     dialog.SelectCombo(IDC_OPERATION_CUT, kPartialCut);
     dialog.PressAndWaitClosed(IDOK);

@@ -18,7 +18,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds kPollInterval{10};
+constexpr std::chrono::milliseconds kPollInterval{2};
 constexpr UINT kExitCodeWatchdog = 99;
 
 // Fixed by the platform.
@@ -183,8 +183,13 @@ MessageBoxInfo Window::OpenMessageBox(int id) const {
 }
 
 void Window::PressAndWaitClosed(int id) const {
+    const HWND owner = GetWindow(handle_, GW_OWNER);
     PostMessageW(UsableControl(id), BM_CLICK, 0, 0);
     WaitClosed();
+    // The window goes before whoever opened it goes on: its thread takes the next message after that.
+    if (owner != nullptr && IsWindow(owner)) {
+        SendTo(owner, WM_NULL);
+    }
 }
 
 void Window::WaitClosed() const {

@@ -53,7 +53,7 @@ void Initialize(PROPSHEETUI_INFO& info, DocumentSheetContext& context) {
         TRACE_VERBOSE(entry->traceLine);
     }
     // The items are the host's for this sheet: their texts are measured anew.
-    ForgetOptionTexts(context);
+    context.optionTexts.clear();
     RelabelPrintDensity(context);
     for (const DocumentPageEntry& entry : kPages) {
         LONG_PTR& page = context.pages[static_cast<std::size_t>(entry.page)];
@@ -83,7 +83,7 @@ HRESULT hrOEMDocumentPropertySheets(PPROPSHEETUI_INFO pPSUIInfo, LPARAM lParam,
         return S_OK;
     }
     if (pPSUIInfo->Reason == PROPSHEETUI_REASON_DESTROY) {
-        ForgetOptionTexts(*pSheetContext);
+        pSheetContext->optionTexts.clear();
     }
     AnswerSheetReason(*pPSUIInfo, lParam);
     return S_OK;

@@ -188,10 +188,14 @@ void RepaintPreview(HWND dialog) {
     SendMessageW(dialog, WM_PAINT, 0, 0);
 }
 
-// Reads the command box into the buffer; FALSE, with the user told, when it holds more than a block can.
+// Reads the command box; FALSE, with the user told, when it holds more than a block can.
 bool TakeCommand(HWND dialog, OperationSettings& settings) {
     wchar_t text[kCommandTextLength + 1] = {};
     const UINT length = GetDlgItemTextW(dialog, IDC_OPERATION_COMMAND, text, kCommandTextLength + 1);
+    if (length == 0 && GetWindowTextLengthW(GetDlgItem(dialog, IDC_OPERATION_COMMAND)) != 0) {
+        // The box did not answer: what it holds must not turn into no command.
+        return false;
+    }
     std::uint8_t parsed[kParsedCommandSize] = {};
     const std::size_t count = ParseHexCommand(parsed, {text, length});
     if (count > kCommandSize) {
@@ -308,18 +312,34 @@ INT_PTR ControlUsed(HWND dialog, int control, int notification) {
     }
 }
 
+// Fills the dialog from the buffer that it is opened with; a dialog that cannot be filled closes rather than
+// letting OK store what it shows. A buffer once taken stays.
+bool BufferTaken(HWND dialog, LPARAM buffer) {
+    if (GetWindowLongPtrW(dialog, DWLP_USER) != 0) {
+        return false;
+    }
+    try {
+        SetWindowLongPtrW(dialog, DWLP_USER, buffer);
+        if (GetWindowLongPtrW(dialog, DWLP_USER) != 0) {
+            DialogOpened(dialog);
+            return true;
+        }
+    } catch (...) {
+        // Out of memory.
+    }
+    EndDialog(dialog, IDCANCEL);
+    return false;
+}
+
 INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     TRACE_VERBOSE(L"UI:  OperationDlgProc\r\n");
     if (message == WM_INITDIALOG) {
-        SetWindowLongPtrW(dialog, DWLP_USER, lParam);
+        return BufferTaken(dialog, lParam) ? TRUE : FALSE;
     }
     if (GetWindowLongPtrW(dialog, DWLP_USER) == 0) {
         return FALSE;
     }
     switch (message) {
-        case WM_INITDIALOG:
-            DialogOpened(dialog);
-            return TRUE;
         case WM_COMMAND:
             return ControlUsed(dialog, LOWORD(wParam), HIWORD(wParam));
         case WM_PAINT:
@@ -327,23 +347,26 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
             return TRUE;
         case WM_DRAWITEM:
             // The frame paints itself after the dialog has: the picture comes again on top.
-            DrawPreview(dialog, reinterpret_cast<const DRAWITEMSTRUCT*>(lParam)->hDC);
+            if (lParam != 0 && wParam == IDC_OPERATION_PREVIEW) {
+                DrawPreview(dialog, reinterpret_cast<const DRAWITEMSTRUCT*>(lParam)->hDC);
+            }
             return TRUE;
         default:
             return FALSE;
     }
 }
 
+constinit TextTable gTexts(L"DOCUMENT", kOperationDialogTexts);
+constinit TextTable gHelp(L"DOCUMENT", kOperationDialogHelp);
+
 }  // namespace
 
 TextTable& OperationDialogTexts() noexcept {
-    static TextTable texts(L"DOCUMENT", kOperationDialogTexts);
-    return texts;
+    return gTexts;
 }
 
 TextTable& OperationDialogHelp() noexcept {
-    static TextTable help(L"DOCUMENT", kOperationDialogHelp);
-    return help;
+    return gHelp;
 }
 
 INT_PTR CALLBACK OperationDlgProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {

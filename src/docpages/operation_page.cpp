@@ -90,7 +90,8 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_COMMAND:
             return HIWORD(wParam) == BN_CLICKED ? ButtonClicked(dialog, *context, LOWORD(wParam)) : FALSE;
         case WM_NOTIFY:
-            return SheetNotified(dialog, *context, reinterpret_cast<const NMHDR*>(lParam)->code);
+            return lParam != 0 ? SheetNotified(dialog, *context, reinterpret_cast<const NMHDR*>(lParam)->code)
+                               : FALSE;
         case WM_SYSCOMMAND:
         case WM_SETICON:
             return DefWindowProcW(dialog, message, wParam, lParam);
@@ -99,11 +100,12 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     }
 }
 
+constinit TextTable gTexts(L"OPERATION", kOperationPageTexts);
+
 }  // namespace
 
 TextTable& OperationPageTexts() noexcept {
-    static TextTable texts(L"OPERATION", kOperationPageTexts);
-    return texts;
+    return gTexts;
 }
 
 INT_PTR CALLBACK DocOperationPropPageProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {

@@ -1,5 +1,6 @@
 #include "docpages/print_density.h"
 
+#include <cstddef>
 #include <map>
 #include <set>
 #include <string>
@@ -14,17 +15,6 @@ constexpr BYTE kOptionLevel = 2;
 
 // What the driver's density values read, in the languages that its own texts and ours come in.
 constexpr std::wstring_view kDensityWords[] = {L"Density", L"浓度", L"濃度"};
-
-// The buffer that the host gave a value, and how many units its text filled when it was first seen: nothing
-// else tells what it holds.
-struct HostText {
-    wchar_t* text;
-    std::size_t length;
-};
-
-using HostTexts = std::map<const OPTPARAM*, HostText>;
-
-std::map<const DocumentSheetContext*, HostTexts> gHostTexts;
 
 // Texts of our own that the host's items point at. They stay until the module goes, since the host may look
 // at its items after the sheet has closed; each text exists once, so there are as many as languages and
@@ -75,15 +65,33 @@ bool IsPrintDensity(const OPTITEM& item) {
     return false;
 }
 
+// A driver's texts may be constants.
+bool IsWritable(wchar_t* text, std::size_t length) noexcept {
+    constexpr DWORD kWritable =
+        PAGE_READWRITE | PAGE_WRITECOPY | PAGE_EXECUTE_READWRITE | PAGE_EXECUTE_WRITECOPY;
+    const auto* position = reinterpret_cast<const std::byte*>(text);
+    const auto* const end = reinterpret_cast<const std::byte*>(text + length + 1);
+    while (position < end) {
+        MEMORY_BASIC_INFORMATION region{};
+        if (VirtualQuery(position, &region, sizeof region) == 0 || region.State != MEM_COMMIT ||
+            (region.Protect & kWritable) == 0 || (region.Protect & PAGE_GUARD) != 0) {
+            return false;
+        }
+        position = static_cast<const std::byte*>(region.BaseAddress) + region.RegionSize;
+    }
+    return true;
+}
+
 // Writes into the host's buffer where the text fits, else points the value at our own.
-void SetOptionText(HostTexts& known, OPTPARAM& option, const std::wstring& text) {
+void SetOptionText(std::map<const OPTPARAM*, HostText>& known, OPTPARAM& option, const std::wstring& text) {
     auto host = known.find(&option);
     if (IsText(option.pData) && !IsOwnText(option.pData) &&
         (host == known.end() || host->second.text != option.pData)) {
         host = known.insert_or_assign(&option, HostText{option.pData, std::wstring_view(option.pData).size()})
                    .first;
     }
-    if (host != known.end() && text.size() <= host->second.length) {
+    if (host != known.end() && text.size() <= host->second.length &&
+        IsWritable(host->second.text, text.size())) {
         text.copy(host->second.text, text.size());
         host->second.text[text.size()] = L'\0';
         option.pData = host->second.text;
@@ -92,20 +100,20 @@ void SetOptionText(HostTexts& known, OPTPARAM& option, const std::wstring& text)
     }
 }
 
+constinit TextTable gTexts(L"GPD", kPrintDensityTexts);
+
 }  // namespace
 
 TextTable& DensityTexts() noexcept {
-    static TextTable texts(L"GPD", kPrintDensityTexts);
-    return texts;
+    return gTexts;
 }
 
-void RelabelPrintDensity(const DocumentSheetContext& context) {
+void RelabelPrintDensity(DocumentSheetContext& context) {
     const POEMCUIPPARAM parameter = context.pOEMCUIPParam;
     if (parameter == nullptr || parameter->pDrvOptItems == nullptr) {
         return;
     }
     const TextTable& texts = DensityTexts();
-    HostTexts& known = gHostTexts[&context];
     for (DWORD i = 0; i < parameter->cDrvOptItems; ++i) {
         OPTITEM& item = parameter->pDrvOptItems[i];
         if (!IsPrintDensity(item)) {
@@ -115,7 +123,7 @@ void RelabelPrintDensity(const DocumentSheetContext& context) {
         item.pName = OwnText(texts[kDensityName]);
         const OPTTYPE& type = *item.pOptType;
         for (WORD j = 0; j < type.Count; ++j) {
-            SetOptionText(known, type.pOptParam[j], texts[kDensityValue] + std::to_wstring(j));
+            SetOptionText(context.optionTexts, type.pOptParam[j], texts[kDensityValue] + std::to_wstring(j));
             TRACE_VERBOSE(L"GPDIndex       = %s\r\n", type.pOptParam[j].pData);
         }
         TRACE_VERBOSE(L"GPDIndex       =1111 %s\r\n", type.pOptParam[type.Count - 1].pData);
@@ -123,8 +131,4 @@ void RelabelPrintDensity(const DocumentSheetContext& context) {
             context.pDriverHelper->DrvUpdateUISetting(parameter->poemuiobj, &item, 0, OEMCUIP_DOCPROP);
         }
     }
-}
-
-void ForgetOptionTexts(const DocumentSheetContext& context) noexcept {
-    gHostTexts.erase(&context);
 }

@@ -9,8 +9,4 @@ TextTable& DensityTexts() noexcept;
 
 // Relabels every print-density option among the host's items and tells the host. Items that read otherwise
 // stay untouched. UI thread only.
-void RelabelPrintDensity(const DocumentSheetContext& context);
-
-// Drops what is known of the texts behind a sheet's items: they are as long as the host made them for that
-// sheet.
-void ForgetOptionTexts(const DocumentSheetContext& context) noexcept;
+void RelabelPrintDensity(DocumentSheetContext& context);

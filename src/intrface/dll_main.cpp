@@ -9,11 +9,33 @@
 #include "intrface/win/activation_context.h"
 #include "language/language_setup.h"
 
-extern "C" BOOL WINAPI DllMain(HINSTANCE hInstance, DWORD reason, LPVOID) {
+#if defined(__GLIBCXX__)
+namespace __gnu_cxx {
+// The runtime's own: gives back its reserve of memory for exceptions.
+void __freeres();
+}  // namespace __gnu_cxx
+#endif
+
+namespace {
+
+// Hosts load and unload the DLL all day: what the linked-in runtime keeps for good would add up.
+void ReleaseRuntime() noexcept {
+#if defined(__GLIBCXX__)
+    __gnu_cxx::__freeres();
+#endif
+}
+
+}  // namespace
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE hInstance, DWORD reason, LPVOID reserved) {
     switch (reason) {
         case DLL_PROCESS_DETACH:
             TRACE_VERBOSE(L"UI:  Process detach.\r\n");
             ReleaseCommonControlsContext();
+            // When the process ends, its memory goes as a whole.
+            if (reserved == nullptr) {
+                ReleaseRuntime();
+            }
             break;
         case DLL_PROCESS_ATTACH:
             TRACE_VERBOSE(L"UI:  Process attach.\r\n");

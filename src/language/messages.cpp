@@ -19,11 +19,12 @@ UINT IconOf(MessageTitle title) noexcept {
     return 0;
 }
 
+constinit TextTable gMessages(L"MessageBox", kDocumentMessageTexts);
+
 }  // namespace
 
 TextTable& DocumentMessages() noexcept {
-    static TextTable messages(L"MessageBox", kDocumentMessageTexts);
-    return messages;
+    return gMessages;
 }
 
 void ShowMessage(HWND owner, const wchar_t* text, MessageTitle title, MessageIcon icon) noexcept {

@@ -341,4 +341,32 @@ TEST(Factory, CountsFromManyThreads) {
     EXPECT_EQ(object->Release(), 1u);
 }
 
+// What all heaps of the process hold.
+std::size_t BusyHeapBytes() {
+    HANDLE heaps[64];
+    const DWORD count = GetProcessHeaps(64, heaps);
+    std::size_t bytes = 0;
+    for (DWORD i = 0; i < count && i < 64; ++i) {
+        PROCESS_HEAP_ENTRY entry{};
+        while (HeapWalk(heaps[i], &entry)) {
+            bytes += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? entry.cbData : 0;
+        }
+    }
+    return bytes;
+}
+
+// Hosts that print all day load and unload the DLL with every job.
+TEST(Loading, AgainAndAgainKeepsNoMemory) {
+    constexpr int kCycles = 100;
+    const auto cycle = [] { rig::PluginDll plugin; };
+    for (int i = 0; i < 20; ++i) {
+        cycle();
+    }
+    const std::size_t before = BusyHeapBytes();
+    for (int i = 0; i < kCycles; ++i) {
+        cycle();
+    }
+    EXPECT_LT(BusyHeapBytes(), before + kCycles * 1024);
+}
+
 }  // namespace

@@ -4,6 +4,9 @@
 
 #include <windows.h>
 
+#include <cstddef>
+#include <map>
+
 #include "devmode/oemdev.h"
 #include "intrface/print_oem.h"
 
@@ -13,6 +16,13 @@ struct DeviceSheetContext {
     PFNCOMPROPSHEET pfnComPropSheet = nullptr;
     POEMCUIPPARAM pOEMCUIPParam = nullptr;
     IPrintOemDriverUI* pDriverHelper = nullptr;
+};
+
+// The buffer that the host gave an option's text, and how many units it filled when it was first seen in a
+// sheet: nothing else tells what it holds.
+struct HostText {
+    wchar_t* text;
+    std::size_t length;
 };
 
 // The pages of the document sheet that report their own result to the sheet.
@@ -29,6 +39,9 @@ struct DocumentSheetContext {
 
     // What the host returned for each page that was added.
     LONG_PTR pages[static_cast<std::size_t>(DocumentPage::kCount)] = {};
+
+    // Known since the sheet was assembled.
+    std::map<const OPTPARAM*, HostText> optionTexts;
 
     // The record to edit; null when the host gave none.
     OEMDEV* Record() const noexcept {
