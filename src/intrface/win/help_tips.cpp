@@ -18,12 +18,12 @@ constexpr wchar_t kSlot[] = L"KVMR72.Help";
 constexpr wchar_t kTipProperty[] = L"KVMR72.Tip";
 constexpr wchar_t kTextProperty[] = L"KVMR72.TipText";
 
-// The control's help; null where it has none.
+// The control's help; null where it has none. Called for every message to a helped control.
 const wchar_t* HelpOf(const TextTable& help, HWND control) noexcept {
-    const HWND dialog = GetParent(control);
+    const int id = GetDlgCtrlID(control);
     std::size_t row = 0;
     for (const TextEntry& entry : help.Entries()) {
-        if (GetDlgItem(dialog, entry.control) == control) {
+        if (entry.control == id) {
             return help[row];
         }
         ++row;
