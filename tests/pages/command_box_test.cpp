@@ -81,7 +81,7 @@ TEST_F(CommandBoxTest, TakesHexadecimalKeys) {
     InBox([](UiDriver& ui, Window& dialog) {
         PressKeys({'0', '1', '2', '3', '4', '5', '6', '7', '8', '9', VK_SPACE, 'A', 'B', 'C', 'D', 'E', 'F'});
         PressKey(VK_SPACE);
-        for (const WORD key : {'A', 'B', 'C', 'D', 'E'}) {
+        for (const WORD key : {WORD{'A'}, WORD{'B'}, WORD{'C'}, WORD{'D'}, WORD{'E'}}) {
             PressWith(VK_SHIFT, key);
         }
         EXPECT_EQ(TextOnceTyped(ui, dialog), L"0123456789 abcdef ABCDE");

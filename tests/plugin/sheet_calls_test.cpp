@@ -145,7 +145,7 @@ TEST_P(SheetCalls, PassesTheResultOn) {
         PROPSHEETUI_INFO info = Info(3);
         SETRESULT_INFO carried{};
         carried.cbSize = sizeof carried;
-        carried.Result = result;
+        carried.Result = static_cast<LRESULT>(result);
         const auto parameter = reinterpret_cast<LPARAM>(&carried);
         EXPECT_EQ(Call(&info, parameter), S_OK);
         ExpectAnswered(info, parameter, L"3");
