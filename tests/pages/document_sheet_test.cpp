@@ -173,6 +173,14 @@ TEST_F(DocumentSheetTest, AnswersTheOtherReasons) {
     EXPECT_THAT(sheet.calls, IsEmpty());
 }
 
+TEST_F(DocumentSheetTest, LeavesTheResultOfAnUnknownReason) {
+    FakeSheet sheet;
+    sheet.info.Result = 77;
+    EXPECT_EQ(Host().plugin().DocumentPropertySheets(sheet.ForReason(9), 0), S_OK);
+    EXPECT_EQ(sheet.info.Result, 77u);
+    EXPECT_THAT(sheet.calls, IsEmpty());
+}
+
 TEST_F(DocumentSheetTest, TakesOverTheResult) {
     for (const LRESULT value : {LRESULT{2}, LRESULT{0}, LRESULT{0x123456789ABCDEF0}, LRESULT{-1}}) {
         SETRESULT_INFO result = {};
@@ -237,6 +245,25 @@ TEST_F(DocumentSheetTest, GivesThePageTheSheetContext) {
     EXPECT_EQ(fields[5], static_cast<IPrintOemDriverUI*>(&Host().helper()));
 }
 
+// The host makes its own pages from its options while the plug-in's are added.
+TEST_F(DocumentSheetTest, RelabelsTheDensityBeforeItAddsPages) {
+    HostSettings settings;
+    settings.options = {{.name = L"Level", .level = 2, .values = {L"Level Density 1", L"Level Density 2"}}};
+    StartHost(settings);
+    std::vector<std::wstring> first_values;
+    std::vector<std::size_t> helper_calls;
+    FakeSheet sheet;
+    sheet.answer = [&](std::size_t) {
+        first_values.emplace_back(Host().options().item(0).pOptType->pOptParam[0].pData);
+        helper_calls.push_back(Host().helper().calls().size());
+        return FakeSheet::kFirstPage;
+    };
+    ASSERT_EQ(Initialize(sheet), S_OK);
+    ASSERT_FALSE(first_values.empty());
+    EXPECT_THAT(first_values, Each(std::wstring(L"Density0")));
+    EXPECT_THAT(helper_calls, Each(1u));
+}
+
 TEST_F(DocumentSheetTest, ResultsInTheHandleOfTheLastPage) {
     FakeSheet sheet;
     ASSERT_EQ(Initialize(sheet), S_OK);
@@ -255,6 +282,83 @@ TEST_F(DocumentSheetTest, StandsBehindTheHostsTabsInTheRealSheet) {
         sheet.PressCancel();
     });
     EXPECT_THAT(Host().sheet_reasons(), IsSupersetOf({WORD{0}, WORD{1}, WORD{2}}));
+}
+
+// --- The page's own procedure, on a window that is no sheet's
+
+class OperationProcedureTest : public DocumentSheetTest {
+  protected:
+    // A dialog without a procedure, with the procedure of a page added to `sheet`.
+    void Open(FakeSheet& sheet) {
+        ASSERT_EQ(Initialize(sheet), S_OK);
+        page_ = sheet.PageOf(kOperationTemplate).page;
+        procedure_ = At<DLGPROC>(page_, kProcedureOffset);
+        ASSERT_NE(procedure_, nullptr);
+        struct {
+            DLGTEMPLATE dialog;
+            WORD menu, kind, title;
+        } bare = {{WS_POPUP, 0, 0, 0, 0, 50, 50}, 0, 0, 0};
+        window_ = CreateDialogIndirectParamW(
+            GetModuleHandleW(nullptr), &bare.dialog, nullptr,
+            [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0);
+        ASSERT_NE(window_, nullptr);
+    }
+
+    void TearDown() override {
+        if (window_ != nullptr) {
+            DestroyWindow(window_);
+        }
+        DocumentSheetTest::TearDown();
+    }
+
+    INT_PTR Notify(UINT code) {
+        NMHDR notification = {};
+        notification.code = code;
+        return procedure_(window_, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&notification));
+    }
+
+    Bytes page_;
+    DLGPROC procedure_ = nullptr;
+    HWND window_ = nullptr;
+};
+
+TEST_F(OperationProcedureTest, AppliesForAHostWithoutACallback) {
+    FakeSheet sheet;
+    Open(sheet);
+    if (HasFatalFailure()) {
+        return;
+    }
+    EXPECT_EQ(procedure_(window_, WM_INITDIALOG, 0, reinterpret_cast<LPARAM>(page_.data())), FALSE);
+    sheet.calls.clear();
+    SetWindowLongPtrW(window_, DWLP_MSGRESULT, 99);
+    EXPECT_EQ(Notify(static_cast<UINT>(PSN_APPLY)), TRUE);
+    EXPECT_EQ(GetWindowLongPtrW(window_, DWLP_MSGRESULT), PSNRET_NOERROR);
+    EXPECT_EQ(sheet.calls.size(), 1u) << "with a callback, the success is reported";
+
+    // The same page after a sheet whose host gave none.
+    FakeSheet bare;
+    bare.info.pfnComPropSheet = nullptr;
+    ASSERT_EQ(Initialize(bare), S_OK);
+    EXPECT_EQ(bare.info.Result, 0u);
+    SetWindowLongPtrW(window_, DWLP_MSGRESULT, 99);
+    EXPECT_EQ(Notify(static_cast<UINT>(PSN_APPLY)), TRUE);
+    EXPECT_EQ(GetWindowLongPtrW(window_, DWLP_MSGRESULT), PSNRET_NOERROR);
+    EXPECT_EQ(sheet.calls.size(), 1u);
+    EXPECT_THAT(bare.calls, IsEmpty());
+}
+
+TEST_F(OperationProcedureTest, IsNotInitialisedWithoutADescription) {
+    FakeSheet sheet;
+    Open(sheet);
+    if (HasFatalFailure()) {
+        return;
+    }
+    sheet.calls.clear();
+    EXPECT_EQ(procedure_(window_, WM_INITDIALOG, 0, 0), FALSE);
+    EXPECT_EQ(GetWindowLongPtrW(window_, DWLP_USER), 0);
+    // Nor does it act afterwards.
+    EXPECT_EQ(Notify(static_cast<UINT>(PSN_APPLY)), FALSE);
+    EXPECT_THAT(sheet.calls, IsEmpty());
 }
 
 // --- Activation context

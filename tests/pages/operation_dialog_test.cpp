@@ -563,6 +563,38 @@ TEST_F(OperationDialogTest, LogoEnablesItsRadiosAndKeepsTheirChecks) {
     });
 }
 
+// A list's selection can change without a word to the dialog, as with CB_SETCURSEL. The logo is looked at
+// whatever its list reports, the buzzer only when a choice is reported.
+TEST_F(OperationDialogTest, AnyReportOfTheLogoCountsButOnlyAChoiceOfTheBuzzer) {
+    Block block = BusyBlock();
+    block.logo = 0;
+    block.buzzer = 0;
+    SetRecord(RecordWith(block));
+    OnDialog(kDocStart, [&block](UiDriver&, Window& dialog) {
+        const auto report = [&dialog](int list, int notification) {
+            const HWND control = dialog.Control(list);
+            SendMessageW(dialog.handle(), WM_COMMAND, MAKEWPARAM(list, notification),
+                         reinterpret_cast<LPARAM>(control));
+        };
+        ExpectShows(dialog, block);
+        dialog.Send(1028, CB_SETCURSEL, 4);
+        for (const int radio : kLogoRadios) {
+            EXPECT_FALSE(dialog.IsEnabled(radio)) << radio;
+        }
+        report(1028, CBN_DROPDOWN);
+        block.logo = 4;
+        ExpectShows(dialog, block);
+
+        dialog.Send(1027, CB_SETCURSEL, 2);
+        report(1027, CBN_DROPDOWN);
+        EXPECT_FALSE(dialog.IsEnabled(1024));
+        EXPECT_FALSE(dialog.IsEnabled(1035));
+        report(1027, CBN_SELCHANGE);
+        block.buzzer = 2;
+        ExpectShows(dialog, block);
+    });
+}
+
 TEST_F(OperationDialogTest, RadioGroupsAreApart) {
     SetRecord(RecordWith(BusyBlock()));
     OnDialog(kDocStart, [](UiDriver&, Window& dialog) {
@@ -1152,7 +1184,7 @@ TEST_F(OperationDialogTest, TracesTheCommandText) {
     SetRecord(RecordWith(BusyBlock()));
     const DWORD ui_thread = GetCurrentThreadId();
     OnPage([&](UiDriver&, Window& page) {
-        for (const std::size_t length : {0, 1, 4, 77, 78, 128}) {
+        for (const std::size_t length : {0u, 1u, 4u, 77u, 78u, 128u}) {
             Block block = BusyBlock();
             block.command.assign(length, 0xA7);
             rig::TraceCapture trace;

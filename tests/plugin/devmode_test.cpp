@@ -115,6 +115,19 @@ TEST_F(DevMode, SizeIs1976WhateverTheRecords) {
     EXPECT_TRUE(out.Intact());
 }
 
+TEST_F(DevMode, TracesEachPublicRecordInItsLine) {
+    OEMDMPARAM block{};
+    // Never looked into: no memory is there.
+    block.pPublicDMIn = reinterpret_cast<PDEVMODEW>(0x1111222200000A10ULL);
+    block.pPublicDMOut = reinterpret_cast<PDEVMODEW>(0x3333444400000B20ULL);
+    trace_.TakeOwn();
+    EXPECT_EQ(object_->DevMode(OEMDM_SIZE, &block), S_OK);
+    const Lines lines = trace_.TakeOwn();
+    ASSERT_EQ(lines.size(), 11u);
+    EXPECT_EQ(lines[6], L"\tpPublicDMIn = 0xa10\r\n");
+    EXPECT_EQ(lines[7], L"\tpPublicDMOut = 0xb20\r\n");
+}
+
 TEST_F(DevMode, DefaultWritesEveryDefaultAndNothingElse) {
     for (const auto held : {std::uint8_t{0}, std::uint8_t{0xEE}}) {
         GuardedRecord in(kRecordSize, held);
@@ -270,6 +283,37 @@ TEST_F(DevMode, SmallerOutputGetsThePartThatFits) {
         EXPECT_EQ(out.bytes(), Cut(Converted(in_bytes, kRecordSize, held, room), room));
         EXPECT_EQ(block_.cbBufSize, room);
         EXPECT_TRUE(made.Intact() && in.Intact() && out.Intact());
+    }
+}
+
+TEST_F(DevMode, RecordsConvertInPlace) {
+    for (const DWORD mode : {3u, 4u}) {
+        for (const std::uint32_t size : kSizes) {
+            SCOPED_TRACE(testing::Message() << "mode " << mode << ", size " << size);
+            Bytes held = PatternRecord(62, size);
+            Put32(held, 12, 99);
+            GuardedRecord record(held);
+            EXPECT_EQ(Call(mode, record.data(), record.data()), S_OK);
+            EXPECT_EQ(record.bytes(), Converted(held, size, held, size));
+            EXPECT_TRUE(record.Intact());
+        }
+    }
+}
+
+// A stored record of an older driver, in a buffer of its length: whatever its header claims, nothing lies
+// behind.
+TEST_F(DevMode, RecordsConvertInPlaceWithinTheirBuffer) {
+    for (const DWORD mode : {3u, 4u}) {
+        for (const std::uint32_t size : kSizes) {
+            SCOPED_TRACE(testing::Message() << "mode " << mode << ", size " << size);
+            Bytes held = PatternRecord(63, size);
+            Put32(held, 12, 99);
+            GuardedRecord record(Cut(held, 600));
+            EXPECT_EQ(Call(mode, record.data(), record.data(), 600), S_OK);
+            EXPECT_EQ(record.bytes(), Cut(Converted(held, size, held, size), 600));
+            EXPECT_EQ(block_.cbBufSize, 600u);
+            EXPECT_TRUE(record.Intact());
+        }
     }
 }
 

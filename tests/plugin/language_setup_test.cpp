@@ -80,6 +80,10 @@ class Watch {
     // How often the DLL has loaded the shell more than it has freed it.
     int shell_libraries = 0;
 
+    // Searches that found something, and those given back.
+    int searches_found = 0;
+    int searches_closed = 0;
+
     // The shell has none of these functions.
     void MissShellFunctions(std::vector<std::string> names) {
         missing_functions_ = std::move(names);
@@ -155,8 +159,16 @@ class Watch {
         hooks_.On("KERNEL32.dll", "FindFirstFileW", &FindFirstFileW,
                   [this](auto original, LPCWSTR name, WIN32_FIND_DATAW* found) {
                       Add(std::wstring(L"find ") + name);
-                      return original(name, found);
+                      const HANDLE search = original(name, found);
+                      searches_found += search != INVALID_HANDLE_VALUE;
+                      return search;
                   });
+        hooks_.On("KERNEL32.dll", "FindClose", &FindClose, [this](auto original, HANDLE search) {
+            EXPECT_NE(search, INVALID_HANDLE_VALUE);
+            const BOOL closed = original(search);
+            searches_closed += closed;
+            return closed;
+        });
         hooks_.On("KERNEL32.dll", "CreateDirectoryW", &CreateDirectoryW,
                   [this](auto original, LPCWSTR name, SECURITY_ATTRIBUTES* security) {
                       Add(std::wstring(L"folder ") + name);
@@ -310,6 +322,36 @@ TEST_F(LanguageSetUp, TakesTheListsLanguageWhenItMakesTheKey) {
     EXPECT_THAT(watch.CallsOf(L"set"), ElementsAre(L"set LANGUAGE_KVMR72=CHF_KVMR72.res, 29 bytes",
                                                    L"set IsFirstRun_KVMR72=TRUE, 9 bytes",
                                                    L"set LANGUAGE_KVMR72=ENG_KVMR72.res, 29 bytes"));
+}
+
+TEST_F(LanguageSetUp, CutsAListsLanguageToTheRoomOfItsName) {
+    // 30 units with the terminator.
+    for (const std::size_t length : {29u, 30u, 40u}) {
+        rig::RemoveLanguageKey();
+        std::wstring name;
+        while (name.size() < length) {
+            name.push_back(static_cast<wchar_t>(L'a' + name.size() % 26));
+        }
+        WriteUserFile(kIndexFile, L"[LANGUAGE]\r\nCUR_INI=" + name + L"\r\n");
+        Watch watch;
+        Load();
+        EXPECT_EQ(watch.CallsOf(L"set").at(0), L"set LANGUAGE_KVMR72=abcdefghijklmnopqrstuvwxyzabc, 59 bytes")
+            << length;
+    }
+}
+
+TEST_F(LanguageSetUp, GivesBackEverySearch) {
+    {
+        // The folder is made, and then found.
+        Watch watch;
+        Load();
+        EXPECT_EQ(watch.searches_found, 1);
+        EXPECT_EQ(watch.searches_closed, 1);
+    }
+    Watch watch;
+    Load();
+    EXPECT_EQ(watch.searches_found, 2);
+    EXPECT_EQ(watch.searches_closed, 2);
 }
 
 TEST_F(LanguageSetUp, RefusesAListThatLeadsElsewhere) {

@@ -334,6 +334,28 @@ TEST_F(PluginObject, PublishKeepsTheFirstHelper) {
     EXPECT_EQ(first.references, 1);
 }
 
+// A page reaches the helper through its sheet's context alone, which gets it with each call for that sheet.
+TEST_F(PluginObject, SheetCallsHandTheHelperToTheirContext) {
+    FakeHelper helper(S_OK);
+    // Refused calls, which come no further than the context.
+    object_->DevicePropertySheets(nullptr, 0);
+    object_->DocumentPropertySheets(nullptr, 0);
+    EXPECT_EQ(layout().device.driver_helper, nullptr);
+    EXPECT_EQ(layout().document.driver_helper, nullptr);
+    ASSERT_EQ(object_->PublishDriverInterface(&helper), S_OK);
+    EXPECT_EQ(layout().device.driver_helper, nullptr);
+    EXPECT_EQ(layout().document.driver_helper, nullptr);
+    object_->DevicePropertySheets(nullptr, 0);
+    EXPECT_EQ(layout().device.driver_helper, &helper);
+    EXPECT_EQ(layout().document.driver_helper, nullptr);
+    object_->DocumentPropertySheets(nullptr, 0);
+    EXPECT_EQ(layout().document.driver_helper, &helper);
+    // A copy, not a reference of its own.
+    EXPECT_EQ(helper.references, 2);
+    object_.Reset();
+    EXPECT_EQ(helper.references, 1);
+}
+
 TEST_F(PluginObject, FailingPublishKeepsNothingAndMayBeRepeated) {
     FakeHelper stranger(E_NOINTERFACE);
     EXPECT_EQ(Fresh()->PublishDriverInterface(&stranger), static_cast<HRESULT>(0x80004005));
@@ -512,6 +534,22 @@ TEST_F(ColorProfile, SmallOrNoBufferReportsTheSize) {
         EXPECT_EQ(Query(0, data, &size, &flags), E_FAIL);
         EXPECT_EQ(size, 32u);
         EXPECT_EQ(flags, 99u);
+        EXPECT_EQ(error_, 122u);
+    }
+    EXPECT_EQ(buffer.bytes(), std::vector<std::uint8_t>(64, 0xEE));
+}
+
+// A host that only asks for the size gives a place for nothing else.
+TEST_F(ColorProfile, SizeIsToldWithoutAPlaceForTheFlags) {
+    GuardedRecord buffer(64, 0xEE);
+    const struct {
+        void* data;
+        ULONG size;
+    } cases[] = {{nullptr, 32}, {nullptr, 4000}, {buffer.data(), 31}};
+    for (const auto& [data, given] : cases) {
+        ULONG size = given;
+        EXPECT_EQ(Query(0, data, &size, nullptr), E_FAIL);
+        EXPECT_EQ(size, 32u);
         EXPECT_EQ(error_, 122u);
     }
     EXPECT_EQ(buffer.bytes(), std::vector<std::uint8_t>(64, 0xEE));
