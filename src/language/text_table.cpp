@@ -26,15 +26,6 @@ const wchar_t* TextTable::operator[](std::size_t row) const noexcept {
     return row < texts_.size() ? texts_[row].c_str() : entries_[row].english;
 }
 
-const wchar_t* TextTable::OfControl(int control) const noexcept {
-    for (std::size_t row = 0; row < entries_.size(); ++row) {
-        if (entries_[row].control == control) {
-            return (*this)[row];
-        }
-    }
-    return L"";
-}
-
 void TextTable::ApplyTo(HWND dialog) const {
     for (std::size_t row = 0; row < entries_.size(); ++row) {
         if (entries_[row].control != kNoControl) {

@@ -26,9 +26,6 @@ class TextTable {
     // The text of a row; the English one before the first Load. Valid until the next Load.
     const wchar_t* operator[](std::size_t row) const noexcept;
 
-    // The text that labels a control; empty for a control that the table does not know.
-    const wchar_t* OfControl(int control) const noexcept;
-
     // Labels the dialog's controls, touching only those whose text differs.
     void ApplyTo(HWND dialog) const;
 
