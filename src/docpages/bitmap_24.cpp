@@ -76,6 +76,9 @@ constexpr Layout k8Bit = {8, 0x00};
 
 constexpr std::size_t kMaxColours = 256;
 
+// The most pixels of rows that the source does not hold.
+constexpr std::uint64_t kMaxMissingPixels = 10 * 1024 * 1024;
+
 // Rows go through in pieces of this many pixels, whatever the header says of their width. A multiple of 32,
 // so that every piece but a row's last begins and ends with whole bytes and no padding.
 constexpr std::size_t kPiecePixels = 4096;
@@ -103,6 +106,17 @@ bool ResultSize(const Headers& headers, Size& size) noexcept {
     size.rows = width > 0 && height > 0 ? static_cast<std::uint32_t>(height) : 0;
     size.totalSize = static_cast<std::uint32_t>(total);
     return true;
+}
+
+// The pixels of rows that the source does not hold whole.
+std::uint64_t MissingPixels(std::uint64_t sourceSize, std::uint32_t pixelOffset, const Size& size,
+                            const Layout& layout) noexcept {
+    if (size.rows == 0 || sourceSize < pixelOffset) {
+        return std::uint64_t{size.rows} * size.width;
+    }
+    const std::uint64_t rowBytes = (std::uint64_t{size.width} * layout.bits + 31) / 32 * 4;
+    const std::uint64_t held = std::min<std::uint64_t>((sourceSize - pixelOffset) / rowBytes, size.rows);
+    return (size.rows - held) * size.width;
 }
 
 // The palette behind the headers; entries that the source lacks are black.
@@ -174,8 +188,10 @@ BitmapConversion ConvertTo24Bitmap(ByteSource& source, ByteSink& sink) noexcept 
         }
         return BitmapConversion::kCopyWhole;
     }
+    const Layout& layout = offset == kOffset1Bit ? k1Bit : k8Bit;
     Size size;
-    if (!ResultSize(headers, size)) {
+    if (!ResultSize(headers, size) ||
+        MissingPixels(source.Size(), offset, size, layout) > kMaxMissingPixels) {
         return BitmapConversion::kRefused;
     }
     Put32(headers, kTotalSizeAt, size.totalSize);
@@ -199,7 +215,6 @@ BitmapConversion ConvertTo24Bitmap(ByteSource& source, ByteSink& sink) noexcept 
     } else {
         setColours(ReadPalette<kMaxColours>(source));
     }
-    return ConvertRows(source, sink, size, offset == kOffset1Bit ? k1Bit : k8Bit, colours)
-               ? BitmapConversion::kConverted
-               : BitmapConversion::kRefused;
+    return ConvertRows(source, sink, size, layout, colours) ? BitmapConversion::kConverted
+                                                            : BitmapConversion::kRefused;
 }

@@ -13,6 +13,9 @@ class ByteSource {
     // source ends or fails.
     virtual std::size_t Read(std::span<std::uint8_t> buffer) noexcept = 0;
 
+    // All of its bytes, read or not; 0 when that cannot be told.
+    virtual std::uint64_t Size() const noexcept = 0;
+
   protected:
     ~ByteSource() = default;
 };
@@ -27,7 +30,7 @@ class ByteSink {
 };
 
 enum class BitmapConversion {
-    kRefused,    // not a bitmap of the three layouts, a size that no file has, or the sink failed
+    kRefused,    // not a bitmap of the three layouts, an absurd size, or the sink failed
     kConverted,  // the sink holds the 24-bit file
     kCopyWhole,  // 24 bits already: nothing was written, the source's file is the result
 };
@@ -36,7 +39,11 @@ enum class BitmapConversion {
 // bits, 54 for 24 bits. Nothing is written before the header is accepted, and memory does not grow with what
 // it claims. Compression, resolution and colour counts go over as they are.
 //
-// A source that ends early is not refused: header and palette bytes that it lacks are 0, row bytes FF. A
-// negative height (rows from the top) gives the headers alone. In each colour green and blue are exchanged;
+// A source that ends early is not refused: header and palette bytes that it lacks are 0, row bytes FF. But a
+// few bytes do not become gigabytes: rows that it does not hold whole may be 10 * 1024 * 1024 pixels, the
+// most that the water mark page takes of a picture. A larger one that is there still converts, for the page
+// to say that it is too big.
+//
+// A negative height (rows from the top) gives the headers alone. In each colour green and blue are exchanged;
 // see the .cpp.
 BitmapConversion ConvertTo24Bitmap(ByteSource& source, ByteSink& sink) noexcept;

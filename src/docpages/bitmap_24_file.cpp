@@ -30,6 +30,11 @@ class FileSource final : public ByteSource {
         return count;
     }
 
+    std::uint64_t Size() const noexcept override {
+        LARGE_INTEGER size;
+        return GetFileSizeEx(file_, &size) ? static_cast<std::uint64_t>(size.QuadPart) : 0;
+    }
+
   private:
     // FALSE at the end of the file, for good.
     bool Refill() noexcept {

@@ -21,7 +21,9 @@ constexpr std::int32_t kSmallest = std::numeric_limits<std::int32_t>::min();
 
 class MemorySource final : public ByteSource {
   public:
-    explicit MemorySource(Bytes bytes) : bytes_(std::move(bytes)) {}
+    explicit MemorySource(Bytes bytes) : bytes_(std::move(bytes)), size_(bytes_.size()) {}
+    // One that says it is of another size.
+    MemorySource(Bytes bytes, std::uint64_t size) : bytes_(std::move(bytes)), size_(size) {}
 
     std::size_t Read(std::span<std::uint8_t> buffer) noexcept override {
         const std::size_t count = std::min(buffer.size(), bytes_.size() - position_);
@@ -30,8 +32,11 @@ class MemorySource final : public ByteSource {
         return count;
     }
 
+    std::uint64_t Size() const noexcept override { return size_; }
+
   private:
     Bytes bytes_;
+    std::uint64_t size_;
     std::size_t position_ = 0;
 };
 
@@ -360,10 +365,25 @@ TEST_F(Bitmap24Test, SizesThatNoFileHasAreRefusedUnwritten) {
     }
 }
 
-// The largest sizes that are taken: a sink without room ends it before the disk would.
+// Headers and palette of a file that says it is of a size.
+MemorySource HeadOfFile(unsigned bits, std::int32_t width, std::int32_t height, std::uint64_t size) {
+    return bits == 1 ? MemorySource(Headers(62, 1, width, height) + Palette(2), size)
+                     : MemorySource(Headers(1078, 8, width, height) + Palette(256), size);
+}
+
+// Whether a conversion would go on to the last row: a sink without room ends it before that.
+bool IsBegun(unsigned bits, std::int32_t width, std::int32_t height, std::uint64_t size) {
+    MemorySource source = HeadOfFile(bits, width, height, size);
+    MemorySink sink(100);
+    EXPECT_EQ(ConvertTo24Bitmap(source, sink), BitmapConversion::kRefused);
+    EXPECT_TRUE(sink.Written().empty() || sink.Written().size() == 100);
+    return !sink.Written().empty();
+}
+
 TEST_F(Bitmap24Test, LargestSizesAreBegun) {
     // 4 x 536870898 + 54 = 2^31 - 2 and 54 - 4 x 536870925 = -2^31 + 2 are the last that fit.
-    MemorySource tall(Headers(1078, 8, 1, 536870898) + Palette(256));
+    constexpr std::uint64_t kWhole = 1078 + 4ull * 536870898;
+    MemorySource tall = HeadOfFile(8, 1, 536870898, kWhole);
     MemorySink sink(1000);
     EXPECT_EQ(ConvertTo24Bitmap(tall, sink), BitmapConversion::kRefused);
     ASSERT_EQ(sink.Written().size(), 1000u);
@@ -371,6 +391,98 @@ TEST_F(Bitmap24Test, LargestSizesAreBegun) {
 
     const Bytes fromTop = Headers(62, 1, 1, -536870925);
     ExpectConverted(fromTop + Palette(2), ResultHeaders(fromTop, 0x80000002, false));
+}
+
+// Of rows that a file does not hold whole, 10 * 1024 * 1024 = 10485760 pixels are still made.
+TEST_F(Bitmap24Test, FewBytesAreNotBlownUp) {
+    struct Edge {
+        unsigned bits;
+        std::int32_t width;
+        std::int32_t height;
+        std::uint64_t least;  // size with which the file converts; with a byte less it is refused
+    };
+    constexpr Edge kEdges[] = {
+        // One row of 4096 bytes more than 10485760 / 4096 = 2560 of them; 4095 pixels have such a row too,
+        // and
+        // 10485760 / 4095 is 2560 and a little.
+        {8, 4096, 2561, 1078 + 4096},
+        {8, 4095, 2561, 1078 + 4096},
+        {8, 4096, 5000, 1078 + 4096 * 2440},
+        // 10485760 / 33 is 317750 and a little, in rows of 8 bytes.
+        {1, 33, 317751, 62 + 8},
+        {1, 33, 317760, 62 + 80},
+        // 10485760 / 32 = 327680, in rows of 4 bytes.
+        {1, 32, 327681, 62 + 4},
+        {1, 1, 10485761, 62 + 4},
+        {8, 1, 10485761, 1078 + 4},
+        // One row: 10485761 / 8 is 1310720 and a little, so 1310724 bytes.
+        {8, 10485761, 1, 1078 + 10485764},
+        {1, 10485761, 1, 62 + 1310724},
+        {8, 10485761, 2, 1078 + 2 * 10485764},
+        // The tallest and, but for a byte or two of padding, the widest there are.
+        {8, 1, 536870898, 1078 + 4ull * (536870898 - 10485760)},
+        {1, 1, 536870898, 62 + 4ull * (536870898 - 10485760)},
+        {8, 715827860, 1, 1078 + 715827860},
+        {1, 715827860, 1, 62 + 89478484},
+    };
+    for (const auto& [bits, width, height, least] : kEdges) {
+        SCOPED_TRACE(testing::Message() << bits << " bits, " << width << " x " << height);
+        EXPECT_TRUE(IsBegun(bits, width, height, least));
+        EXPECT_FALSE(IsBegun(bits, width, height, least - 1));
+        EXPECT_FALSE(IsBegun(bits, width, height, bits == 1 ? 62 : 1078));
+        EXPECT_FALSE(IsBegun(bits, width, height, 54));
+        EXPECT_FALSE(IsBegun(bits, width, height, 0)) << "a size that cannot be told";
+        for (const std::uint64_t large :
+             {std::uint64_t{1} << 32, std::numeric_limits<std::uint64_t>::max()}) {
+            EXPECT_TRUE(IsBegun(bits, width, height, large));
+        }
+    }
+}
+
+TEST_F(Bitmap24Test, PicturesUpToTheLimitNeedNoRows) {
+    for (const auto& [width, height] : {std::pair{4096, 2560},
+                                        {10485760, 1},
+                                        {1, 10485760},
+                                        {33, 317750},     // 10485750 pixels
+                                        {3233, 3243}}) {  // 10484619 pixels
+        for (const unsigned bits : {1u, 8u}) {
+            for (const std::uint64_t size : {0u, 62u, 1078u, 2000u}) {
+                SCOPED_TRACE(testing::Message()
+                             << bits << " bits, " << width << " x " << height << ", " << size);
+                EXPECT_TRUE(IsBegun(bits, width, height, size));
+            }
+        }
+    }
+}
+
+// To the end, for both sides of the limit: 12288 bytes of a row, FF is the last colour.
+TEST_F(Bitmap24Test, LargestPictureWithoutItsRows) {
+    const Bytes head = Headers(1078, 8, 4096, 2560) + Palette(256);
+    const Result result = Convert(head);
+    EXPECT_EQ(result.conversion, BitmapConversion::kConverted);
+    ASSERT_EQ(result.file.size(), 54u + 2560 * 12288);
+    EXPECT_EQ(Cut(result.file, 54), ResultHeaders(Headers(1078, 8, 4096, 2560), 54 + 2560 * 12288, true));
+    // Blue 255 x 7 + 1 = FA, green 255 x 11 + 52 = 47, red 255 x 13 + A3 = 96 (all modulo 256).
+    Bytes pixels = {0x47, 0xFA, 0x96};
+    while (pixels.size() < 12288) {
+        pixels = pixels + pixels;
+    }
+    ASSERT_EQ(pixels.size(), 12288u);
+    for (std::size_t at = 54; at < result.file.size(); at += 12288) {
+        ASSERT_TRUE(
+            std::equal(pixels.begin(), pixels.end(), result.file.begin() + static_cast<std::ptrdiff_t>(at)))
+            << at;
+    }
+    ExpectRefused(Headers(1078, 8, 4096, 2561) + Palette(256));
+    ExpectRefused(Headers(1078, 8, 20000, 20000) + Palette(256) + Rows(100));
+    ExpectRefused(Headers(62, 1, 4096, 2561) + Palette(2));
+}
+
+// The page is the one to say that a picture is too big, so one that is there converts.
+TEST_F(Bitmap24Test, PicturesBeyondTheLimitConvert) {
+    ExpectConverted(File1(4100, 2600), SlowConvert(File1(4100, 2600)));
+    const Bytes cut = Cut(File1(4100, 2600), 700000);
+    ExpectConverted(cut, SlowConvert(cut));
 }
 
 // Whatever is missing reads as 0 in headers and palette and as FF in rows; without "BM" or without the offset
