@@ -6,12 +6,6 @@
 #include "language/text_entry.h"
 #include "resources/resource.h"
 
-// A list's entries among the texts; their order is what the record stores.
-struct ListTexts {
-    std::size_t first;
-    std::size_t count;
-};
-
 constexpr TextEntry kOperationDialogTexts[] = {
     // Titles, by moment.
     {kNoControl, TEXT16("RC_DOCUMENT_STARTDOC"), TEXT16("Start Document Operation"), kLongCaption},

@@ -2,9 +2,12 @@
 
 #include <shlobj.h>
 
+#include <algorithm>
+
 #include "intrface/win/handles.h"
 #include "intrface/win/module.h"
 #include "intrface/win/shell_functions.h"
+#include "language/language_reader.h"
 #include "language/registry_choice.h"
 
 HINSTANCE ghInstance = nullptr;
@@ -71,21 +74,23 @@ void FollowSystem(const RegistryKey& key) noexcept {
     }
 }
 
-void CopyLanguageList() noexcept {
+bool DriverFile(wchar_t (&path)[kPathLength], StringView16 name) noexcept {
     wchar_t folder[kPathLength];
+    return DriverDirectory(folder) && JoinText(path, {folder, name});
+}
+
+void CopyLanguageList() noexcept {
     wchar_t driverFile[kPathLength];
-    if (gLanguageDat[0] && !Exists(gLanguageDat) && DriverDirectory(folder) &&
-        JoinText(driverFile, {folder, kLanguageListFile})) {
+    if (gLanguageDat[0] && !Exists(gLanguageDat) && DriverFile(driverFile, kLanguageListFile)) {
         CopyFileW(driverFile, gLanguageDat, FALSE);
     }
 }
 
-void CopyCurrentLanguage() noexcept {
+void CopyLanguageFile(StringView16 name) noexcept {
     wchar_t folder[kPathLength];
     wchar_t userFile[kPathLength];
     wchar_t driverFile[kPathLength];
-    if (MakeUserFolder(folder) && JoinText(userFile, {folder, gCurrentLanguageFile}) &&
-        DriverDirectory(folder) && JoinText(driverFile, {folder, gCurrentLanguageFile})) {
+    if (MakeUserFolder(folder) && JoinText(userFile, {folder, name}) && DriverFile(driverFile, name)) {
         CopyIfNotNewer(driverFile, userFile);
     }
 }
@@ -108,8 +113,25 @@ void SetUpLanguage(HINSTANCE module) noexcept {
     FollowSystem(key);
     key.Reset();
     CopyLanguageList();
-    CopyCurrentLanguage();
+    CopyLanguageFile(gCurrentLanguageFile);
     SetCursor(LoadCursorW(nullptr, IDC_ARROW));
+}
+
+std::vector<LanguageEntry> UpdateLanguages() {
+    wchar_t driverFile[kPathLength];
+    if (gLanguageDat[0] && DriverFile(driverFile, kLanguageListFile)) {
+        CopyIfNotNewer(driverFile, gLanguageDat);
+    }
+    std::vector<LanguageEntry> languages =
+        ReadLanguageList(ReadLanguageFile(gLanguageDat).value_or(LanguageFile()));
+    for (auto entry = languages.begin(); entry != languages.end(); ++entry) {
+        const auto isSame = [&](const LanguageEntry& other) { return other.file == entry->file; };
+        if (UsableLanguageName(entry->file) == StringView16(entry->file) &&
+            std::none_of(languages.begin(), entry, isSame)) {
+            CopyLanguageFile(entry->file);
+        }
+    }
+    return languages;
 }
 
 void RebuildLanguageFilePath() noexcept {

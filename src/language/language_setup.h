@@ -4,8 +4,11 @@
 
 #include <windows.h>
 
+#include <vector>
+
 #include "base/platform.h"
 #include "language/language_choice.h"
+#include "language/language_list.h"
 
 // Paths are empty where they do not fit; look-ups then give the English defaults.
 extern wchar_t gUserFolder[kPathLength];                   // application data + "\Pavane\"
@@ -20,6 +23,10 @@ extern bool gFirstAttach;
 // Everything that process attach does after its trace line. Keeps `module` in ghInstance. Failures fall back
 // to English and are not reported.
 void SetUpLanguage(HINSTANCE module) noexcept;
+
+// Brings the user's copies of the list of languages, and of every language file that it names, up to the
+// driver's, and reads the list. May throw bad_alloc.
+std::vector<LanguageEntry> UpdateLanguages();
 
 // gLanguageFilePath from gUserFolder and gCurrentLanguageFile.
 void RebuildLanguageFilePath() noexcept;

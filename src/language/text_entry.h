@@ -15,6 +15,12 @@ constexpr std::size_t kVersionText = 256;
 constexpr std::size_t kHelpText = 1024;
 constexpr std::size_t kMessageText = 1024;
 
+// A list's entries among a table's texts; their order is what the record stores.
+struct ListTexts {
+    std::size_t first;
+    std::size_t count;
+};
+
 struct TextEntry {
     int control;
     const Char16* key;

@@ -5,10 +5,9 @@
 #include <exception>
 #include <optional>
 #include <utility>
-#include <vector>
 
-#include "intrface/win/handles.h"
 #include "language/language_file.h"
+#include "language/language_reader.h"
 #include "language/language_setup.h"
 #include "language/registry_choice.h"
 
@@ -32,38 +31,6 @@ FileStamp StampOf(const wchar_t* path) noexcept {
     const auto join = [](DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; };
     return {true, join(data.ftLastWriteTime.dwHighDateTime, data.ftLastWriteTime.dwLowDateTime),
             join(data.nFileSizeHigh, data.nFileSizeLow)};
-}
-
-String16 DecodeAnsi(std::span<const std::byte> bytes) {
-    const auto* text = reinterpret_cast<const char*>(bytes.data());
-    const int count = static_cast<int>(bytes.size());
-    const int units = MultiByteToWideChar(CP_ACP, 0, text, count, nullptr, 0);
-    String16 decoded(static_cast<std::size_t>(units), L'\0');
-    MultiByteToWideChar(CP_ACP, 0, text, count, decoded.data(), units);
-    return decoded;
-}
-
-// The whole file, or nothing where it cannot be read. Others may write, rename or delete it meanwhile.
-std::optional<std::vector<std::byte>> ReadWholeFile(const wchar_t* path) {
-    const FileHandle file(CreateFileW(path, GENERIC_READ,
-                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    LARGE_INTEGER size;
-    if (!file || GetFileType(file.Get()) != FILE_TYPE_DISK || !GetFileSizeEx(file.Get(), &size)) {
-        return std::nullopt;
-    }
-    std::vector<std::byte> bytes;
-    if (static_cast<std::uint64_t>(size.QuadPart) > kMaxLanguageFileSize) {
-        return bytes;
-    }
-    bytes.resize(static_cast<std::size_t>(size.QuadPart));
-    DWORD count = 0;
-    if (!bytes.empty() &&
-        !ReadFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr)) {
-        return std::nullopt;
-    }
-    bytes.resize(count);
-    return bytes;
 }
 
 class LanguageTexts {
@@ -101,11 +68,11 @@ class LanguageTexts {
             if (!stamp.exists) {
                 return true;
             }
-            const auto bytes = ReadWholeFile(path);
-            if (bytes) {
-                file_ = LanguageFile(DecodeLanguageFile(*bytes, DecodeAnsi));
+            auto file = ReadLanguageFile(path);
+            if (file) {
+                file_ = std::move(*file);
             }
-            return bytes.has_value();
+            return file.has_value();
         } catch (const std::exception&) {
             return false;
         }

@@ -34,6 +34,29 @@ void TextTable::ApplyTo(HWND dialog) const {
     }
 }
 
+void TextTable::ApplyToList(HWND combo, const ListTexts& list) const {
+    const auto isShown = [&](std::size_t i) {
+        wchar_t shown[kMessageText] = {};
+        const auto index = static_cast<WPARAM>(i);
+        return SendMessageW(combo, CB_GETLBTEXTLEN, index, 0) < static_cast<LRESULT>(kMessageText) &&
+               SendMessageW(combo, CB_GETLBTEXT, index, reinterpret_cast<LPARAM>(shown)) != CB_ERR &&
+               std::wstring_view(shown) == (*this)[list.first + i];
+    };
+    bool isSame = SendMessageW(combo, CB_GETCOUNT, 0, 0) == static_cast<LRESULT>(list.count);
+    for (std::size_t i = 0; i < list.count && isSame; ++i) {
+        isSame = isShown(i);
+    }
+    if (isSame) {
+        return;
+    }
+    const LRESULT selected = SendMessageW(combo, CB_GETCURSEL, 0, 0);
+    SendMessageW(combo, CB_RESETCONTENT, 0, 0);
+    for (std::size_t i = 0; i < list.count; ++i) {
+        SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>((*this)[list.first + i]));
+    }
+    SendMessageW(combo, CB_SETCURSEL, static_cast<WPARAM>(selected), 0);
+}
+
 void SetTextIfChanged(HWND window, const wchar_t* text) {
     wchar_t shown[kMessageText] = {};
     GetWindowTextW(window, shown, kMessageText);

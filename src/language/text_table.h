@@ -29,7 +29,12 @@ class TextTable {
     // Labels the dialog's controls, touching only those whose text differs.
     void ApplyTo(HWND dialog) const;
 
+    // Makes the entries of a combo box those of a list, touching it only when they differ. What is selected
+    // stays selected.
+    void ApplyToList(HWND combo, const ListTexts& list) const;
+
     std::span<const TextEntry> Entries() const noexcept { return entries_; }
+    const wchar_t* Section() const noexcept { return section_; }
 
   private:
     const wchar_t* section_;
