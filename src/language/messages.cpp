@@ -4,8 +4,7 @@
 
 namespace {
 
-static_assert(std::size(kDocumentMessageTexts) ==
-              static_cast<std::size_t>(DocumentMessage::kCommandLength) + 1);
+static_assert(std::size(kMessageTexts) == static_cast<std::size_t>(Message::kCount));
 
 UINT IconOf(MessageTitle title) noexcept {
     switch (title) {
@@ -19,19 +18,19 @@ UINT IconOf(MessageTitle title) noexcept {
     return 0;
 }
 
-constinit TextTable gMessages(L"MessageBox", kDocumentMessageTexts);
+constinit TextTable gMessages(L"MessageBox", kMessageTexts);
 
 }  // namespace
 
-TextTable& DocumentMessages() noexcept {
+TextTable& Messages() noexcept {
     return gMessages;
 }
 
 void ShowMessage(HWND owner, const wchar_t* text, MessageTitle title, MessageIcon icon) noexcept {
-    MessageBoxW(owner, text, DocumentMessages()[static_cast<std::size_t>(title)],
+    MessageBoxW(owner, text, Messages()[static_cast<std::size_t>(title)],
                 MB_OK | (icon == MessageIcon::kOfTitle ? IconOf(title) : 0));
 }
 
-void ShowMessage(HWND owner, DocumentMessage message, MessageTitle title, MessageIcon icon) noexcept {
-    ShowMessage(owner, DocumentMessages()[static_cast<std::size_t>(message)], title, icon);
+void ShowMessage(HWND owner, Message message, MessageTitle title, MessageIcon icon) noexcept {
+    ShowMessage(owner, Messages()[static_cast<std::size_t>(message)], title, icon);
 }

@@ -5,11 +5,11 @@
 
 #include "language/text_table.h"
 
-// Also rows of the message tables.
+// Also rows of the message table.
 enum class MessageTitle { kInformation, kWarning, kError };
 
-// The messages of the document side, as rows of its table behind the titles.
-enum class DocumentMessage {
+// Rows of the message table behind the titles.
+enum class Message {
     kBarcode1D = 3,
     kBarcode2D,
     kWaterMarkMissing,
@@ -21,14 +21,27 @@ enum class DocumentMessage {
     kLayoutAsImage,
     kLayoutViewer,
     kCommandLength,
+    kPaperSize,
+    kFileOpen,
+    kFileRead,
+    kLogoTooBig,
+    kLogoCount,
+    kLogoNone,
+    kLogoSize,
+    kLogoTotal,
+    kFileSize,
+    kFileMemory,
+    kFileStart,
+    kPathTooLong,
+    kCount,
 };
 
 // The icon of the title's kind, or none.
 enum class MessageIcon { kOfTitle, kNone };
 
-// The document side's titles and messages; its sheet loads them.
-TextTable& DocumentMessages() noexcept;
+// The titles and messages of both sheets; each loads them.
+TextTable& Messages() noexcept;
 
 // Shows a message box with an OK button only.
 void ShowMessage(HWND owner, const wchar_t* text, MessageTitle title, MessageIcon icon) noexcept;
-void ShowMessage(HWND owner, DocumentMessage message, MessageTitle title, MessageIcon icon) noexcept;
+void ShowMessage(HWND owner, Message message, MessageTitle title, MessageIcon icon) noexcept;
