@@ -1,51 +1,25 @@
 // What the plug-in costs the program that prints: attaching the DLL, assembling and opening the document
-// sheet, repainting a page. Beside it, in the same run, what a single profile call costs and what loading
-// every text with one such call a key would; the last column is the ratio to that.
+// sheet, showing and repainting its pages, switching the language, previews. Beside it, in the same run, what
+// a single profile call costs and what loading every text with one such call a key would; the last column is
+// the ratio to that.
 //
-//   plugin_bench PLUGIN_DLL LANGUAGE_FILE
+//   plugin_bench PLUGIN_DLL LANGUAGE_FILE BITMAP
+//   plugin_bench PLUGIN_DLL LANGUAGE_FILE          only the list of fonts
 #include <windows.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <filesystem>
-#include <functional>
-#include <string>
 #include <vector>
 
+#include "document_pages_bench.h"
+#include "measure.h"
 #include "plugin_host.h"
 #include "ui_driver.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-using Microseconds = std::chrono::duration<double, std::micro>;
-
-constexpr int kRuns = 31;
-constexpr int kPaints = 200;
 // The texts of one document sheet with all its pages, which a profile call a key would have to fetch.
 constexpr int kSheetKeys = 450;
-
-double Median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
-double Measure(int runs, const std::function<void()>& work) {
-    std::vector<double> times;
-    for (int i = 0; i < runs; ++i) {
-        const auto start = Clock::now();
-        work();
-        times.push_back(Microseconds(Clock::now() - start).count());
-    }
-    return Median(times);
-}
-
-double gProfileSheet = 0;
-
-void Report(const char* what, double microseconds) {
-    std::printf("%-58s %10.1f us   %8.4f\n", what, microseconds, microseconds / gProfileSheet);
-}
 
 // Takes the time at which the sheet's message loop starts to run.
 Clock::time_point gLoopStarted;
@@ -94,50 +68,42 @@ void MeasureAssembly(PluginHost& host) {
 
 void MeasureSheet(PluginHost& host) {
     std::vector<double> opened;
-    std::vector<double> pages;
-    std::vector<double> paints;
     const HHOOK hook = SetWindowsHookExW(WH_GETMESSAGE, LoopMarkSeen, nullptr, GetCurrentThreadId());
     for (int i = 0; i < kRuns; ++i) {
         PostThreadMessageW(GetCurrentThreadId(), kLoopMark, 0, 0);
         const auto start = Clock::now();
         RunDriven([&] { host.OpenSheet(SheetKind::kDocument); },
-                  [&](UiDriver& ui) {
-                      Sheet sheet = ui.WaitForSheet();
-                      const auto chosen = Clock::now();
-                      const Window page = sheet.SelectPage(sheet.TabCount() - 1);
-                      pages.push_back(Microseconds(Clock::now() - chosen).count());
-                      for (int j = 0; j < (i == 0 ? kPaints : 0); ++j) {
-                          const auto painted = Clock::now();
-                          SendMessageW(page.handle(), WM_PAINT, 0, 0);
-                          paints.push_back(Microseconds(Clock::now() - painted).count());
-                      }
-                      sheet.PressCancel();
-                  });
+                  [](UiDriver& ui) { ui.WaitForSheet().PressCancel(); });
         opened.push_back(Microseconds(gLoopStarted - start).count());
     }
     UnhookWindowsHookEx(hook);
     Report("document sheet open, call to message loop (median)", Median(opened));
-    Report("Operation page shown for the first time (median)", Median(pages));
-    Report("Operation page repainted, nothing changed (median)", Median(paints));
 }
 
 }  // namespace
 
 int wmain(int argc, wchar_t** argv) {
-    if (argc != 3) {
-        std::fprintf(stderr, "usage: plugin_bench PLUGIN_DLL LANGUAGE_FILE\n");
+    if (argc != 3 && argc != 4) {
+        std::fprintf(stderr, "usage: plugin_bench PLUGIN_DLL LANGUAGE_FILE [BITMAP]\n");
         return 2;
     }
     wchar_t text[1024];
     const double call = Measure(
         kRuns, [&] { GetPrivateProfileStringW(L"OPERATION", L"RC_STARTDOC", L"", text, 1024, argv[2]); });
-    gProfileSheet = call * kSheetKeys;
+    SetBase(call * kSheetKeys);
     std::printf("%-58s %13s   %8s\n", "", "median", "ratio");
     Report("one profile call", call);
-    Report("a profile call for each of a sheet's 450 keys", gProfileSheet);
+    Report("a profile call for each of a sheet's 450 keys", call * kSheetKeys);
+    if (argc == 3) {
+        PluginHost host(argv[1]);
+        MeasureFaces(host);
+        return 0;
+    }
     MeasureAttach(argv[1]);
     PluginHost host(argv[1]);
     MeasureAssembly(host);
     MeasureSheet(host);
+    MeasureDocumentPages(host, argv[3]);
+    CountObjects(host);
     return 0;
 }

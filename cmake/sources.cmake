@@ -16,22 +16,32 @@ set(PORTABLE_SOURCES
 
 set(WIN32_SOURCES
   src/devpages/device_sheet.cpp
+  src/devpages/version_page.cpp
   src/docpages/bitmap_24_file.cpp
+  src/docpages/document_pages.cpp
   src/docpages/document_sheet.cpp
   src/docpages/hex_key_filter.cpp
+  src/docpages/layout_page.cpp
   src/docpages/operation_dialog.cpp
   src/docpages/operation_page.cpp
+  src/docpages/option_items.cpp
+  src/docpages/paper_forms.cpp
   src/docpages/print_density.cpp
+  src/docpages/tab_captions.cpp
+  src/docpages/water_mark_page.cpp
+  src/docpages/water_mark_preview.cpp
   src/intrface/class_factory.cpp
   src/intrface/devmode_call.cpp
   src/intrface/dll_main.cpp
   src/intrface/oem_ui.cpp
   src/intrface/win/activation_context.cpp
   src/intrface/win/help_tips.cpp
+  src/intrface/win/open_file.cpp
   src/intrface/win/platform_win.cpp
   src/intrface/win/property_sheet.cpp
   src/intrface/win/shell_functions.cpp
   src/intrface/win/subclass.cpp
+  src/language/language_reader.cpp
   src/language/language_setup.cpp
   src/language/messages.cpp
   src/language/registry_choice.cpp

@@ -11,7 +11,10 @@ struct NamedPage {
 };
 
 constexpr NamedPage kNamedPages[] = {
+    {IDC_MAIN_ZOOM, L"main"},
+    {IDC_WATERMARK_PREVIEW, L"water-mark"},
     {IDC_OPERATION_PAGE_DOC_START, L"operation"},
+    {IDC_VERSION_LINK, L"version"},
 };
 
 }  // namespace

@@ -1,40 +1,24 @@
 #include "docpages/document_sheet.h"
 
-#include <iterator>
-
 #include "base/platform.h"
-#include "docpages/operation_page.h"
+#include "docpages/document_pages.h"
+#include "docpages/layout_page.h"
 #include "docpages/print_density.h"
+#include "docpages/water_mark_page.h"
 #include "intrface/win/activation_context.h"
 #include "intrface/win/property_sheet.h"
 #include "language/messages.h"
 #include "language/text_lookup.h"
-#include "resources/resource.h"
 
 namespace {
 
-struct DocumentPageEntry {
-    DocumentPage page;
-    int templateId;
-    TextTable& (*texts)() noexcept;
-    std::size_t titleRow;
-    DLGPROC procedure;
-    const wchar_t* traceLine;
-};
-
-// In the order of the tabs.
-constexpr DocumentPageEntry kPages[] = {
-    {DocumentPage::kOperation, IDD_OPERATION_PAGE, OperationPageTexts, kOperationPageTitle,
-     DocOperationPropPageProc, L"UI:  Init operation property page\r\n"},
-};
-static_assert(std::size(kPages) == static_cast<std::size_t>(DocumentPage::kCount));
-
-// Texts of the document side that belong to no page.
-constexpr TextTable& (*kSharedTexts[])() noexcept = {DensityTexts, DocumentMessages};
+// Texts of the document side that are not captions of a page.
+constexpr TextTable& (*kSharedTexts[])() noexcept = {LayoutPageHelp, WaterMarkPageHelp, DensityTexts,
+                                                     Messages};
 
 void LoadTexts() {
     RefreshLanguageFile();
-    for (const DocumentPageEntry& entry : kPages) {
+    for (const DocumentPageEntry& entry : DocumentPages()) {
         entry.texts().Load();
     }
     for (const auto texts : kSharedTexts) {
@@ -49,13 +33,15 @@ void Initialize(PROPSHEETUI_INFO& info, DocumentSheetContext& context) {
     RegisterCommonControls();
     LoadTexts();
     TRACE_VERBOSE(L"UI:  initialize doc property sheet\r\n");
-    for (auto entry = std::rbegin(kPages); entry != std::rend(kPages); ++entry) {
+    const auto pages = DocumentPages();
+    for (auto entry = pages.rbegin(); entry != pages.rend(); ++entry) {
         TRACE_VERBOSE(entry->traceLine);
     }
+    context.waterMarkRemoved = false;
     // The items are the host's for this sheet: their texts are measured anew.
     context.optionTexts.clear();
     RelabelPrintDensity(context);
-    for (const DocumentPageEntry& entry : kPages) {
+    for (const DocumentPageEntry& entry : pages) {
         LONG_PTR& page = context.pages[static_cast<std::size_t>(entry.page)];
         page = AddPage(info, {entry.templateId, entry.texts()[entry.titleRow], entry.procedure,
                               reinterpret_cast<LPARAM>(&context)});

@@ -113,8 +113,7 @@ void ShowCommand(HWND dialog, const OperationSettings& settings) {
 void FillLists(HWND dialog, const OperationSettings& settings) {
     for (const DialogList& list : kLists) {
         for (std::size_t i = 0; i < list.texts.count; ++i) {
-            const wchar_t* const text = OperationDialogTexts()[list.texts.first + i];
-            SendDlgItemMessageW(dialog, list.control, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text));
+            AddItem(dialog, list.control, OperationDialogTexts()[list.texts.first + i]);
         }
         SelectItem(dialog, list.control, settings.*list.selection);
     }
@@ -199,7 +198,7 @@ bool TakeCommand(HWND dialog, OperationSettings& settings) {
     std::uint8_t parsed[kParsedCommandSize] = {};
     const std::size_t count = ParseHexCommand(parsed, {text, length});
     if (count > kCommandSize) {
-        ShowMessage(dialog, DocumentMessage::kCommandLength, MessageTitle::kError, MessageIcon::kNone);
+        ShowMessage(dialog, Message::kCommandLength, MessageTitle::kError, MessageIcon::kNone);
         return false;
     }
     settings.commandLength = static_cast<std::uint8_t>(count);

@@ -59,14 +59,12 @@ INT_PTR ButtonClicked(HWND dialog, const DocumentSheetContext& context, int cont
 INT_PTR SheetNotified(HWND dialog, const DocumentSheetContext& context, UINT code) {
     switch (code) {
         case PSN_APPLY:
-            SetWindowLongPtrW(dialog, DWLP_MSGRESULT, PSNRET_NOERROR);
             ReportApplied(context.pfnComPropSheet, context.hComPropSheet,
-                          context.pages[static_cast<std::size_t>(DocumentPage::kOperation)], dialog);
-            return TRUE;
+                          context.PageHandle(DocumentPage::kOperation), dialog);
+            return AnswerNotification(dialog, PSNRET_NOERROR);
         case PSN_KILLACTIVE:
         case PSN_SETACTIVE:
-            SetWindowLongPtrW(dialog, DWLP_MSGRESULT, 0);
-            return TRUE;
+            return AnswerNotification(dialog, 0);
         default:
             return FALSE;
     }

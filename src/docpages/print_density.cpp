@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "base/platform.h"
+#include "docpages/option_items.h"
 #include "docpages/print_density_texts.h"
 
 namespace {
@@ -39,21 +40,9 @@ bool IsOwnText(const wchar_t* text) noexcept {
     return false;
 }
 
-// Items may name their texts by resource number instead of pointing at them.
-bool IsText(const wchar_t* text) noexcept {
-    return text != nullptr && !IS_INTRESOURCE(text);
-}
-
-// Types whose values are texts to select from; behind the others' pData lie numbers, buffers or code.
-bool HasTextValues(const OPTTYPE& type) noexcept {
-    return type.Type == TVOT_2STATES || type.Type == TVOT_3STATES || type.Type == TVOT_LISTBOX ||
-           type.Type == TVOT_COMBOBOX;
-}
-
 bool IsPrintDensity(const OPTITEM& item) {
-    if (item.DMPubID != DMPUB_NONE || item.Level != kOptionLevel || item.pOptType == nullptr ||
-        !HasTextValues(*item.pOptType) || item.pOptType->Count == 0 || item.pOptType->pOptParam == nullptr ||
-        !IsText(item.pOptType->pOptParam[0].pData)) {
+    if (item.DMPubID != DMPUB_NONE || item.Level != kOptionLevel || !HasTextValues(item) ||
+        !IsOptionText(item.pOptType->pOptParam[0].pData)) {
         return false;
     }
     const std::wstring_view first = item.pOptType->pOptParam[0].pData;
@@ -85,7 +74,7 @@ bool IsWritable(wchar_t* text, std::size_t length) noexcept {
 // Writes into the host's buffer where the text fits, else points the value at our own.
 void SetOptionText(std::map<const OPTPARAM*, HostText>& known, OPTPARAM& option, const std::wstring& text) {
     auto host = known.find(&option);
-    if (IsText(option.pData) && !IsOwnText(option.pData) &&
+    if (IsOptionText(option.pData) && !IsOwnText(option.pData) &&
         (host == known.end() || host->second.text != option.pData)) {
         host = known.insert_or_assign(&option, HostText{option.pData, std::wstring_view(option.pData).size()})
                    .first;
@@ -109,13 +98,8 @@ TextTable& DensityTexts() noexcept {
 }
 
 void RelabelPrintDensity(DocumentSheetContext& context) {
-    const POEMCUIPPARAM parameter = context.pOEMCUIPParam;
-    if (parameter == nullptr || parameter->pDrvOptItems == nullptr) {
-        return;
-    }
     const TextTable& texts = DensityTexts();
-    for (DWORD i = 0; i < parameter->cDrvOptItems; ++i) {
-        OPTITEM& item = parameter->pDrvOptItems[i];
+    for (OPTITEM& item : OptionItems(context)) {
         if (!IsPrintDensity(item)) {
             continue;
         }
@@ -127,8 +111,6 @@ void RelabelPrintDensity(DocumentSheetContext& context) {
             TRACE_VERBOSE(L"GPDIndex       = %s\r\n", type.pOptParam[j].pData);
         }
         TRACE_VERBOSE(L"GPDIndex       =1111 %s\r\n", type.pOptParam[type.Count - 1].pData);
-        if (context.pDriverHelper != nullptr) {
-            context.pDriverHelper->DrvUpdateUISetting(parameter->poemuiobj, &item, 0, OEMCUIP_DOCPROP);
-        }
+        UpdateOption(context, item);
     }
 }

@@ -37,7 +37,8 @@ BELOW = {
     "printer": {"base"},
     "language": {"base", SYSTEM_LAYER, "resources"},
     SYSTEM_LAYER: {"base", "devmode", "language", "printer", "resources"},
-    "docpages": {"base", "devmode", "language", "printer", SYSTEM_LAYER, "resources"},
+    # The document sheet shows the printer side's Version page and relabels open printer sheets.
+    "docpages": {"base", "devmode", "devpages", "language", "printer", SYSTEM_LAYER, "resources"},
     "devpages": {"base", "devmode", "language", "printer", SYSTEM_LAYER, "resources"},
     "intrface": {"base", "devmode", "language", "printer", SYSTEM_LAYER, "resources"} | PAGES,
     "resources": set(),

@@ -17,7 +17,10 @@ SECTIONS = {
     "operation_dialog_texts.h": "DOCUMENT",
     "operation_page_texts.h": "OPERATION",
     "print_density_texts.h": "GPD",
+    "layout_page_texts.h": "LAYOUT",
     "message_texts.h": "MessageBox",
+    "version_page_texts.h": "VERSION",
+    "water_mark_page_texts.h": "WATERMARK",
 }
 
 LENGTHS = {

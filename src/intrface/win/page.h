@@ -6,6 +6,8 @@
 #include <commctrl.h>
 #include <prsht.h>
 
+#include <string>
+
 #include "base/platform.h"
 
 // The page's creation parameter. WM_INITDIALOG brings it and keeps it in the dialog; every other message
@@ -50,10 +52,44 @@ inline bool IsItemChecked(HWND dialog, int control) noexcept {
     return IsDlgButtonChecked(dialog, control) == BST_CHECKED;
 }
 
+// A radio button otherwise reports a click whenever it gets the focus, which would change the record when the
+// user only moves through the page.
+inline void SetClickedByUserOnly(HWND dialog, int radio) noexcept {
+    SendDlgItemMessageW(dialog, radio, BM_SETDONTCLICK, TRUE, 0);
+}
+
 // The index of a list's selection, or `otherwise` where nothing is selected.
 inline int SelectedItem(HWND dialog, int list, int otherwise) noexcept {
     const LRESULT index = SendDlgItemMessageW(dialog, list, CB_GETCURSEL, 0, 0);
     return index == CB_ERR ? otherwise : static_cast<int>(index);
+}
+
+// The text of a list's selection; empty where nothing is selected. May throw bad_alloc.
+inline std::wstring SelectedText(HWND dialog, int list) {
+    const auto index = static_cast<WPARAM>(SendDlgItemMessageW(dialog, list, CB_GETCURSEL, 0, 0));
+    const LRESULT length = SendDlgItemMessageW(dialog, list, CB_GETLBTEXTLEN, index, 0);
+    if (length == CB_ERR || length == 0) {
+        return {};
+    }
+    std::wstring text(static_cast<std::size_t>(length), L'\0');
+    SendDlgItemMessageW(dialog, list, CB_GETLBTEXT, index, reinterpret_cast<LPARAM>(text.data()));
+    return text;
+}
+
+inline void AddItem(HWND dialog, int list, const wchar_t* text) noexcept {
+    SendDlgItemMessageW(dialog, list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text));
+}
+
+// Shows the text of a record's field, which need not be terminated. May throw bad_alloc.
+template <std::size_t N>
+void ShowField(HWND dialog, int control, const wchar_t (&field)[N]) {
+    SetDlgItemTextW(dialog, control, std::wstring(FieldText(field)).c_str());
+}
+
+// Answers a notification that the page has dealt with.
+inline INT_PTR AnswerNotification(HWND dialog, LONG_PTR answer) noexcept {
+    SetWindowLongPtrW(dialog, DWLP_MSGRESULT, answer);
+    return TRUE;
 }
 
 inline void SelectItem(HWND dialog, int list, int index) noexcept {

@@ -25,8 +25,8 @@ struct HostText {
     std::size_t length;
 };
 
-// The pages of the document sheet that report their own result to the sheet.
-enum class DocumentPage { kOperation, kCount };
+// The pages of the document sheet, in the order of their tabs.
+enum class DocumentPage { kMain, kWaterMark, kOperation, kVersion, kCount };
 
 struct DocumentSheetContext {
     HANDLE hComPropSheet = INVALID_HANDLE_VALUE;
@@ -40,8 +40,13 @@ struct DocumentSheetContext {
     // What the host returned for each page that was added.
     LONG_PTR pages[static_cast<std::size_t>(DocumentPage::kCount)] = {};
 
+    // The watermark was removed since the Main page was last in front: "No" is to show there.
+    bool waterMarkRemoved = false;
+
     // Known since the sheet was assembled.
     std::map<const OPTPARAM*, HostText> optionTexts;
+
+    LONG_PTR PageHandle(DocumentPage page) const noexcept { return pages[static_cast<std::size_t>(page)]; }
 
     // The record to edit; null when the host gave none.
     OEMDEV* Record() const noexcept {

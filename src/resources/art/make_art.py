@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Writes the fourteen Operation preview pictures as SVG, and their palette.
+"""Writes the pictures of the pages as SVG, and their palette: fourteen of the paper's end, two of the print direction.
 
 Usage: make_art.py OUTPUT_FOLDER
 
-Each picture is a cut-open receipt printer. Paper travels upwards: the print
+Each picture of the paper's end is a cut-open receipt printer. Paper travels upwards: the print
 head is inside, the cutter stands a fixed distance above it. What lies between
 the two decides where a cut falls, and that is what the pictures explain:
 
@@ -256,8 +256,25 @@ def picture(moment, fed, cut):
             + (cut_marks() if cut else "") + "</svg>\n")
 
 
+# id: turned by 180 degrees.
+DIRECTIONS = {129: False, 130: True}
+DIRECTION_SIZE = 30
+
+
+def direction(turned):
+    """A sheet with a heading and lines, upright or upside down."""
+    sheet = (rect(5, 2, 20, 26, "edge") + rect(6, 3, 18, 24, "paper") + rect(8, 6, 9, 4, "blue")
+             + "".join(rect(8, 13 + 4 * i, width, 2, "ink") for i, width in enumerate((14, 12, 8))))
+    turn = f' transform="rotate(180 {DIRECTION_SIZE // 2} {DIRECTION_SIZE // 2})"' if turned else ""
+    return (f'<svg xmlns="http://www.w3.org/2000/svg" width="{DIRECTION_SIZE}" '
+            f'height="{DIRECTION_SIZE}" shape-rendering="crispEdges">'
+            + rect(0, 0, DIRECTION_SIZE, DIRECTION_SIZE, "background") + f"<g{turn}>{sheet}</g></svg>\n")
+
+
 def main():
     folder = pathlib.Path(sys.argv[1])
+    for number, turned in DIRECTIONS.items():
+        (folder / f"direction_{number}.svg").write_text(direction(turned))
     for number, state in PICTURES.items():
         (folder / f"operation_{number}.svg").write_text(picture(*state))
     pixels = "\n".join(" ".join(str(int(c[i:i + 2], 16)) for i in (1, 3, 5))

@@ -1,0 +1,202 @@
+#include "document_pages_bench.h"
+
+#include <windows.h>
+
+#include <winternl.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <map>
+#include <string>
+
+#include "measure.h"
+#include "plugin_pages.h"
+#include "resources/resource.h"
+#include "ui_driver.h"
+
+namespace {
+
+constexpr int kOpenings = 200;
+
+struct NamedControl {
+    const char* name;
+    int control;
+};
+constexpr NamedControl kPages[] = {{"Main", IDC_MAIN_ZOOM},
+                                   {"Water Mark", IDC_WATERMARK_PREVIEW},
+                                   {"Operation", IDC_OPERATION_PAGE_DOC_START},
+                                   {"Version", IDC_VERSION_LINK}};
+
+void Drive(PluginHost& host, const std::function<void(Sheet&)>& script) {
+    RunDriven([&] { host.OpenSheet(SheetKind::kDocument); },
+              [&](UiDriver& ui) {
+                  Sheet sheet = ui.WaitForSheet();
+                  script(sheet);
+                  if (sheet.IsOpen()) {
+                      sheet.PressCancel();
+                  }
+              });
+}
+
+double Repaint(const Window& page) {
+    return Measure(kPaints, [&] { SendMessageW(page.handle(), WM_PAINT, 0, 0); });
+}
+
+void MeasurePages(PluginHost& host) {
+    std::map<std::string, std::vector<double>> shown;
+    std::map<std::string, double> painted;
+    for (int i = 0; i < kRuns; ++i) {
+        Drive(host, [&](Sheet& sheet) {
+            for (int index = kHostTabCount; index < sheet.TabCount(); ++index) {
+                const auto start = Clock::now();
+                const Window page = sheet.SelectPage(index);
+                const double time = Since(start);
+                for (const NamedControl& named : kPages) {
+                    if (page.HasControl(named.control)) {
+                        shown[named.name].push_back(time);
+                        if (i == 0) {
+                            painted[named.name] = Repaint(page);
+                        }
+                    }
+                }
+            }
+        });
+    }
+    for (const NamedControl& named : kPages) {
+        const std::string name = std::string(named.name) + " page ";
+        Report((name + "shown for the first time (median)").c_str(), Median(shown[named.name]));
+        Report((name + "repainted, nothing changed (median)").c_str(), painted[named.name]);
+    }
+}
+
+// From the press of "Apply" to the last repaint, there and back again.
+void MeasureLanguageSwitch(PluginHost& host) {
+    std::vector<double> times;
+    Drive(host, [&](Sheet& sheet) {
+        const Window page = SelectPageWith(sheet, IDC_MAIN_LANGUAGE);
+        for (int i = 0; i < kRuns + 1; ++i) {
+            page.SelectCombo(IDC_MAIN_LANGUAGE, i % 2 == 0 ? 1 : 0);
+            const auto start = Clock::now();
+            sheet.PressApply();
+            RedrawWindow(sheet.handle(), nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+            times.push_back(Since(start));
+        }
+    });
+    Report("language switched, Apply to last repaint (median)", Median(times));
+}
+
+void MeasurePreview(PluginHost& host, const char* kind, const OEMDEV& record) {
+    host.record() = record;
+    Drive(host, [&](Sheet& sheet) {
+        const Window page = SelectPageWith(sheet, IDC_WATERMARK_PREVIEW);
+        const std::string name = std::string("preview, ") + kind;
+        int size = 30;
+        Report((name + ": drawn anew (median)").c_str(), Measure(kPaints, [&] {
+                   // The page reads the record whenever it paints.
+                   host.record().iWaterMarkSize = static_cast<std::uint8_t>(++size % 60 + 30);
+                   SendMessageW(page.handle(), WM_PAINT, 0, 0);
+               }));
+        Report((name + ": nothing changed (median)").c_str(), Repaint(page));
+        if (record.iWaterMarkType == 1) {
+            Report((name + ": file read again (median)").c_str(),
+                   Measure(kRuns, [&] { page.Click(IDC_WATERMARK_USE_IMAGE); }));
+        }
+    });
+}
+
+void MeasurePreviews(PluginHost& host, const std::filesystem::path& bitmap) {
+    const OEMDEV before = host.record();
+    OEMDEV record = before;
+    record.bPrintAsImage = 1;
+    record.iWaterMarkType = 1;
+    CopyText(record.WaterMarkPicName, bitmap.native());
+    MeasurePreview(host, "image", record);
+    record.iWaterMarkPosition = 9;
+    MeasurePreview(host, "image tiled", record);
+    record.iWaterMarkPosition = 4;
+    record.iWaterMarkType = 2;
+    CopyText(record.szWaterMarkText, L"CONFIDENTIAL");
+    MeasurePreview(host, "text", record);
+    host.record() = before;
+}
+
+struct Objects {
+    DWORD gdi;
+    std::uintptr_t nextHandle;  // the lowest free one: it grows with every handle left open
+};
+
+// The table of all GDI objects that the process environment block points at; Wine counts nowhere else.
+DWORD CountGdiObjects() {
+    struct Entry {
+        void* object;
+        std::uint32_t owner;
+        std::uint16_t unique;
+        std::uint8_t type;
+        std::uint8_t flags;
+        void* user;
+    };
+    constexpr std::size_t kTableOffset = 0xF8;
+    constexpr std::size_t kTableEntries = 16384;
+    PROCESS_BASIC_INFORMATION process = {};
+    NtQueryInformationProcess(GetCurrentProcess(), ProcessBasicInformation, &process, sizeof process,
+                              nullptr);
+    const auto* const environment = reinterpret_cast<const std::byte*>(process.PebBaseAddress);
+    const Entry* table = nullptr;
+    std::memcpy(&table, environment + kTableOffset, sizeof table);
+    return static_cast<DWORD>(
+        std::count_if(table, table + kTableEntries, [](const Entry& entry) { return entry.type != 0; }));
+}
+
+Objects ObjectsNow() {
+    Objects now = {};
+    now.gdi = CountGdiObjects();
+    const HANDLE next = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    now.nextHandle = reinterpret_cast<std::uintptr_t>(next);
+    CloseHandle(next);
+    return now;
+}
+
+}  // namespace
+
+void MeasureDocumentPages(PluginHost& host, const std::filesystem::path& bitmap) {
+    MeasurePages(host);
+    MeasureLanguageSwitch(host);
+    MeasurePreviews(host, bitmap);
+}
+
+void MeasureFaces(PluginHost& host) {
+    std::vector<double> times;
+    std::size_t faces = 0;
+    for (int i = 0; i < kRuns; ++i) {
+        Drive(host, [&](Sheet& sheet) {
+            const auto start = Clock::now();
+            const Window page = SelectPageWith(sheet, IDC_WATERMARK_PREVIEW);
+            times.push_back(Since(start));
+            faces = page.ComboItems(IDC_WATERMARK_FONT).size();
+        });
+    }
+    const std::string name = "Main and Water Mark pages shown, " + std::to_string(faces) + " faces (median)";
+    Report(name.c_str(), Median(times));
+}
+
+void CountObjects(PluginHost& host) {
+    const auto open = [&] {
+        Drive(host, [](Sheet& sheet) {
+            for (int index = kHostTabCount; index < sheet.TabCount(); ++index) {
+                sheet.SelectPage(index);
+            }
+        });
+    };
+    // What the system keeps of the first opening stays.
+    open();
+    const Objects before = ObjectsNow();
+    for (int i = 0; i < kOpenings; ++i) {
+        open();
+    }
+    const Objects after = ObjectsNow();
+    std::printf("after %d openings with all pages: GDI objects %lu -> %lu, next free handle %zx -> %zx\n",
+                kOpenings, before.gdi, after.gdi, static_cast<std::size_t>(before.nextHandle),
+                static_cast<std::size_t>(after.nextHandle));
+}

@@ -1,0 +1,114 @@
+#include "docpages/tab_captions.h"
+
+#include <commctrl.h>
+
+#include <iterator>
+#include <string_view>
+
+#include "devpages/printer_tabs.h"
+#include "docpages/document_pages.h"
+#include "language/text_lookup.h"
+
+wchar_t gPrinterName[kPathLength];
+HWND gSheetWindow = nullptr;
+
+namespace {
+
+constexpr std::size_t kClassLength = 200;
+constexpr std::size_t kTitleLength = 1024;
+
+// The name of a window's class, up to the length that is looked at.
+class ClassName {
+  public:
+    explicit ClassName(HWND window) noexcept {
+        GetClassNameW(window, name_, static_cast<int>(std::size(name_)));
+    }
+
+    std::wstring_view Text() const noexcept { return name_; }
+
+  private:
+    wchar_t name_[kClassLength + 1] = {};
+};
+
+bool IsTabControl(HWND window) noexcept {
+    return ClassName(window).Text().find(WC_TABCONTROLW) != std::wstring_view::npos;
+}
+
+bool IsDialog(HWND window) noexcept {
+    return ClassName(window).Text() == L"#32770";
+}
+
+// A tab's text goes by pointer, which means nothing to another process.
+bool IsOfThisProcess(HWND window) noexcept {
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    return process == GetCurrentProcessId();
+}
+
+void SetTab(HWND tabs, int index, const wchar_t* section, const wchar_t* key,
+            const wchar_t* english) noexcept {
+    wchar_t title[kShortCaption];
+    LoadText(section, key, english, title);
+    TCITEMW item{};
+    item.mask = TCIF_TEXT;
+    item.pszText = title;
+    SendMessageW(tabs, TCM_SETITEMW, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item));
+}
+
+}  // namespace
+
+void RelabelSheets(HWND page) noexcept {
+    gSheetWindow = GetParent(page);
+    EnumChildWindows(gSheetWindow, RelabelDocumentTabs, 0);
+    EnumWindows(FindPrinterSheets, 0);
+}
+
+BOOL CALLBACK RelabelDocumentTabs(HWND window, LPARAM) noexcept {
+    if (!IsTabControl(window)) {
+        return TRUE;
+    }
+    RefreshLanguageFile();
+    int index = kFirstDocumentTab;
+    for (const DocumentPageEntry& page : DocumentPages()) {
+        const TextTable& texts = page.texts();
+        const TextEntry& title = texts.Entries()[page.titleRow];
+        SetTab(window, index, texts.Section(), title.key, title.english);
+        ++index;
+    }
+    return TRUE;
+}
+
+BOOL CALLBACK FindPrinterSheets(HWND window, LPARAM) noexcept {
+    TRACE_VERBOSE(L"UI:  EnumWindowsProc in\r\n");
+    if (!IsDialog(window)) {
+        return TRUE;
+    }
+    TRACE_VERBOSE(L"UI:  EnumWindowsProc GetWindowText\r\n");
+    wchar_t title[kTitleLength + 1] = {};
+    GetWindowTextW(window, title, static_cast<int>(std::size(title)));
+    OutputDebugStringW(title);
+    const bool isOfPrinter =
+        gPrinterName[0] != L'\0' && std::wstring_view(title).find(gPrinterName) != std::wstring_view::npos;
+    if (isOfPrinter && window != gSheetWindow && IsOfThisProcess(window)) {
+        EnumChildWindows(window, RelabelPrinterTabs, 0);
+    }
+    TRACE_VERBOSE(L"UI:  EnumWindowsProc out\r\n");
+    return TRUE;
+}
+
+BOOL CALLBACK RelabelPrinterTabs(HWND window, LPARAM) noexcept {
+    TRACE_VERBOSE(L"UI:  EnumWindowsProc1 in\r\n");
+    if (!IsTabControl(window)) {
+        TRACE_VERBOSE(L"UI:  EnumWindowsProc1 out 2\r\n");
+        return TRUE;
+    }
+    RefreshLanguageFile();
+    const int count = static_cast<int>(SendMessageW(window, TCM_GETITEMCOUNT, 0, 0));
+    int index = count - static_cast<int>(std::size(kPrinterTabs));
+    for (const PrinterTab& tab : kPrinterTabs) {
+        SetTab(window, index, tab.section, tab.titleKey, tab.english);
+        ++index;
+    }
+    TRACE_VERBOSE(L"UI:  EnumWindowsProc1 out 1\r\n");
+    return FALSE;
+}

@@ -1,0 +1,224 @@
+#include "docpages/water_mark_preview.h"
+
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "base/platform.h"
+#include "docpages/bitmap_24_file.h"
+#include "docpages/layout_rules.h"
+#include "language/language_choice.h"
+
+namespace {
+
+constexpr wchar_t kImageFile[] = L"KVMR72WaterMark1.bmp";
+constexpr wchar_t kTextFile[] = L"KVMR72WaterMarkText1.bmp";
+
+bool TemporaryFile(const wchar_t* name, wchar_t (&path)[kPathLength]) noexcept {
+    wchar_t folder[kPathLength];
+    const DWORD length = GetTempPathW(static_cast<DWORD>(kPathLength), folder);
+    path[0] = L'\0';
+    return length != 0 && length < kPathLength && JoinText(path, {folder, name});
+}
+
+Bitmap LoadBitmapFile(const wchar_t* file) noexcept {
+    return Bitmap(static_cast<HBITMAP>(
+        LoadImageW(nullptr, file, IMAGE_BITMAP, 0, 0, LR_LOADFROMFILE | LR_CREATEDIBSECTION)));
+}
+
+PixelSize SizeOf(const Bitmap& bitmap) noexcept {
+    BITMAP description{};
+    GetObjectW(bitmap.Get(), sizeof description, &description);
+    return {description.bmWidth, description.bmHeight};
+}
+
+// A bitmap of 32 bits a pixel, rows from the bottom, and its pixels.
+struct Canvas {
+    Bitmap bitmap;
+    std::span<std::uint8_t> pixels;
+};
+
+Canvas CreateCanvas(HDC dc, PixelSize size) noexcept {
+    BITMAPINFO info{};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = size.width;
+    info.bmiHeader.biHeight = size.height;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    info.bmiHeader.biCompression = BI_RGB;
+    void* pixels = nullptr;
+    Bitmap bitmap(CreateDIBSection(dc, &info, DIB_RGB_COLORS, &pixels, nullptr, 0));
+    if (!bitmap) {
+        return {};
+    }
+    const auto bytes = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) * 4;
+    return {std::move(bitmap), {static_cast<std::uint8_t*>(pixels), bytes}};
+}
+
+Font CreateWaterMarkFont(HDC screen, const WaterMark& mark) noexcept {
+    const WaterMarkFont looks =
+        FontOfWaterMark(mark.fontSize, mark.style, mark.angle, GetDeviceCaps(screen, LOGPIXELSY));
+    LOGFONTW font{};
+    font.lfHeight = looks.height;
+    font.lfEscapement = looks.escapement;
+    font.lfOrientation = looks.escapement;
+    font.lfWeight = looks.weight;
+    font.lfItalic = looks.italic ? TRUE : FALSE;
+    font.lfCharSet = DEFAULT_CHARSET;
+    font.lfClipPrecision = CLIP_LH_ANGLES;
+    CopyText(font.lfFaceName, mark.face);
+    return Font(CreateFontIndirectW(&font));
+}
+
+constexpr PixelSize kTextImageSize = {kTextImageSide, kTextImageSide};
+
+// The text on white, its centre on the picture's, made as pale as it is to print. Empty when the system lacks
+// something.
+Canvas RenderText(const WaterMark& mark) noexcept {
+    const MemoryDc dc(CreateCompatibleDC(nullptr));
+    Canvas canvas = CreateCanvas(dc.Get(), kTextImageSize);
+    const Font font = CreateWaterMarkFont(dc.Get(), mark);
+    if (!dc || !canvas.bitmap || !font) {
+        return {};
+    }
+    {
+        const Selection intoBitmap(dc.Get(), canvas.bitmap.Get());
+        const Selection withFont(dc.Get(), font.Get());
+        PatBlt(dc.Get(), 0, 0, kTextImageSide, kTextImageSide, WHITENESS);
+        const int length = static_cast<int>(mark.text.size());
+        SIZE extent{};
+        GetTextExtentPoint32W(dc.Get(), mark.text.c_str(), length, &extent);
+        const TextStart start = TextStartPoint(mark.angle, {extent.cx, extent.cy});
+        SetTextAlign(dc.Get(), TA_BASELINE);
+        SetBkMode(dc.Get(), OPAQUE);
+        TextOutW(dc.Get(), start.x, start.y, mark.text.c_str(), length);
+        GdiFlush();
+    }
+    Brighten(canvas.pixels, mark.brightness);
+    return canvas;
+}
+
+bool WriteTextFile(const Canvas& canvas) {
+    wchar_t path[kPathLength];
+    if (!canvas.bitmap || !TemporaryFile(kTextFile, path)) {
+        return false;
+    }
+    const std::vector<std::uint8_t> bytes = TextImageFile(canvas.pixels.first<kTextImageBytes>());
+    const FileHandle file(
+        CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    DWORD written = 0;
+    return file && WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
+           written == bytes.size();
+}
+
+// Stretches a picture to its places in the selected bitmap.
+void Place(HDC target, PixelSize area, const Bitmap& picture, const WaterMark& mark) {
+    const MemoryDc source(CreateCompatibleDC(target));
+    const Selection fromPicture(source.Get(), picture.Get());
+    if (!fromPicture) {
+        return;
+    }
+    const PixelSize size = SizeOf(picture);
+    // Whole pixels of the picture, as the printer's dots will show them.
+    SetStretchBltMode(target, COLORONCOLOR);
+    for (const Placement& place : PlaceWaterMark(area, size, mark.position, mark.size)) {
+        StretchBlt(target, place.left, place.top, place.width, place.height, source.Get(), 0, 0, size.width,
+                   place.imageRows, SRCCOPY);
+    }
+}
+
+}  // namespace
+
+bool WaterMarkPreview::CopiedImagePath(wchar_t (&path)[kPathLength]) noexcept {
+    return TemporaryFile(kImageFile, path);
+}
+
+bool WaterMarkPreview::SaveText(const WaterMark& mark) {
+    return WriteTextFile(RenderText(mark));
+}
+
+std::optional<PictureFault> WaterMarkPreview::LoadPicture(const wchar_t* file) {
+    picture_.Reset();
+    wchar_t copy[kPathLength];
+    if (!CopiedImagePath(copy)) {
+        return PictureFault::kSilent;
+    }
+    if (!LoadBitmapFile(file)) {
+        return PictureFault::kMissing;
+    }
+    const BitmapFileResult result = ChangeTo24Bitmap(file, copy);
+    if (result != BitmapFileResult::kConverted) {
+        return result == BitmapFileResult::kCannotCreate ? PictureFault::kDenied : PictureFault::kMissing;
+    }
+    Bitmap picture = LoadBitmapFile(copy);
+    if (!picture) {
+        return PictureFault::kMissing;
+    }
+    bitmapChanged_ = false;
+    const PixelSize size = SizeOf(picture);
+    if (IsTooBig(size.width, size.height)) {
+        return PictureFault::kTooBig;
+    }
+    picture_ = std::move(picture);
+    return std::nullopt;
+}
+
+std::optional<PictureFault> WaterMarkPreview::Render(HDC frame, PixelSize area, const WaterMark& mark) {
+    Canvas canvas = CreateCanvas(frame, area);
+    const MemoryDc dc(CreateCompatibleDC(frame));
+    if (!canvas.bitmap || !dc) {
+        return PictureFault::kSilent;
+    }
+    std::optional<PictureFault> fault;
+    Canvas text;
+    if (mark.kind == kTextWaterMark) {
+        text = RenderText(mark);
+        if (!WriteTextFile(text)) {
+            text = {};
+            fault = PictureFault::kSilent;
+        }
+    }
+    {
+        const Selection intoBitmap(dc.Get(), canvas.bitmap.Get());
+        PatBlt(dc.Get(), 0, 0, area.width, area.height, WHITENESS);
+        if (mark.kind == kTextWaterMark) {
+            Place(dc.Get(), area, text.bitmap, mark);
+        } else if (mark.kind == kImageWaterMark) {
+            Place(dc.Get(), area, picture_, mark);
+        }
+        GdiFlush();
+    }
+    if (mark.kind == kImageWaterMark) {
+        // The same as to raise the picture's own bytes first, since stretching only picks pixels, but for
+        // fewer of them; the white around it stays white.
+        Brighten(canvas.pixels, mark.brightness);
+    }
+    drawn_ = std::move(canvas.bitmap);
+    return fault;
+}
+
+std::optional<PictureFault> WaterMarkPreview::Draw(HDC frame, PixelSize area, const WaterMark& mark) {
+    std::optional<PictureFault> fault;
+    bool isNew = area != drawnArea_ || mark != drawnMark_;
+    if (mark.kind == kImageWaterMark && bitmapChanged_) {
+        fault = LoadPicture(mark.file.c_str());
+        isNew = true;
+    }
+    if (isNew) {
+        drawn_.Reset();
+        drawnMark_.reset();
+        const auto renderFault = Render(frame, area, mark);
+        if (!renderFault) {
+            drawnArea_ = area;
+            drawnMark_ = mark;
+        } else if (!fault) {
+            fault = renderFault;
+        }
+    }
+    const MemoryDc dc(CreateCompatibleDC(frame));
+    const Selection fromDrawn(dc.Get(), drawn_.Get());
+    if (!fromDrawn || !BitBlt(frame, 0, 0, area.width, area.height, dc.Get(), 0, 0, SRCCOPY)) {
+        PatBlt(frame, 0, 0, area.width, area.height, WHITENESS);
+    }
+    return fault;
+}
