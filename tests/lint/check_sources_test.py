@@ -15,7 +15,7 @@ CLEAN = {
     "cmake/sources.cmake": (
         "# set(PORTABLE_SOURCES src/base/ghost.cpp)\n"
         "set(PORTABLE_SOURCES\n  src/base/text.cpp\n  src/devmode/record.cpp\n)\n"
-        "set(WIN32_SOURCES\n  src/docpages/page.cpp\n  src/intrface/dll.cpp\n  src/intrface/win/shell.cpp\n"
+        "set(WIN32_SOURCES\n  src/devpages/font.cpp\n  src/docpages/page.cpp\n  src/intrface/dll.cpp\n  src/intrface/win/shell.cpp\n"
         "  src/language/lookup.cpp\n)\n"
     ),
     "language/ENG.res": '[A]\nB="Application Identifier Specification to Data"\n',
@@ -23,6 +23,7 @@ CLEAN = {
     "src/base/text.cpp": '#include "base/text.h"\n// #include <windows.h>\n/*\n#include <windows.h>\n*/\n',
     "src/devmode/record.h": '#include "base/text.h"\n',
     "src/devmode/record.cpp": '#include "devmode/record.h"\n\n#include <algorithm>\n',
+    "src/devpages/font.cpp": "#include <vector>\n",
     "src/docpages/page.h": '#include "intrface/win/shell.h"\n',
     "src/docpages/page.cpp": '#include "docpages/page.h"\n#include "resources/resource.h"\n',
     "src/intrface/dll.cpp": '#include "docpages/page.h"\n',
@@ -104,7 +105,7 @@ class CheckSourcesTest(unittest.TestCase):
             ("src/intrface/win/shell.cpp", "docpages/page.h", "intrface/win"),
             ("src/intrface/print_oem.h", "docpages/page.h", "intrface/win"),
             ("src/docpages/page.cpp", "intrface/dll.h", "docpages"),
-            ("src/docpages/page.cpp", "../devpages/font.h", "docpages"),
+            ("src/devpages/font.cpp", "../docpages/page.h", "devpages"),
         )
         for name, header, layer in cases:
             with self.subTest(name=name, header=header):
