@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <limits>
 
 #include "base/platform.h"
@@ -17,13 +18,18 @@ using Headers = std::array<std::uint8_t, kHeadersSize>;
 constexpr std::size_t kTypeAt = 0;
 constexpr std::size_t kTotalSizeAt = 2;
 constexpr std::size_t kPixelOffsetAt = 10;
+constexpr std::size_t kInfoSizeAt = 14;
 constexpr std::size_t kWidthAt = 18;
 constexpr std::size_t kHeightAt = 22;
+constexpr std::size_t kPlanesAt = 26;
 constexpr std::size_t kBitCountAt = 28;
+constexpr std::size_t kCompressionAt = 30;
 constexpr std::size_t kImageSizeAt = 34;
 
 constexpr std::uint16_t kBitmapType = 0x4D42;  // "BM"
 constexpr std::uint16_t kBitCount24 = 24;
+constexpr std::uint32_t kInfoSize = 40;
+constexpr std::uint32_t kUncompressed = 0;
 
 // Where the pixels of each layout begin.
 constexpr std::uint32_t kOffset1Bit = 62;
@@ -217,4 +223,29 @@ BitmapConversion ConvertTo24Bitmap(ByteSource& source, ByteSink& sink) noexcept 
     }
     return ConvertRows(source, sink, size, layout, colours) ? BitmapConversion::kConverted
                                                             : BitmapConversion::kRefused;
+}
+
+std::optional<PixelSize> WholeBitmapSize(ByteSource& source) noexcept {
+    Headers headers{};
+    source.Read(headers);
+    const std::uint32_t offset = Get32(headers, kPixelOffsetAt);
+    const unsigned bits = Get16(headers, kBitCountAt);
+    const bool isLayout = (offset == kOffset1Bit && bits == k1Bit.bits) ||
+                          (offset == kOffset8Bit && bits == k8Bit.bits) ||
+                          (offset == kOffset24Bit && bits == kBitCount24);
+    if (Get16(headers, kTypeAt) != kBitmapType || Get32(headers, kInfoSizeAt) != kInfoSize || !isLayout ||
+        Get16(headers, kPlanesAt) != 1 || Get32(headers, kCompressionAt) != kUncompressed) {
+        return std::nullopt;
+    }
+    const auto width = static_cast<std::int32_t>(Get32(headers, kWidthAt));
+    const auto height = static_cast<std::int32_t>(Get32(headers, kHeightAt));
+    if (width <= 0 || height == 0 || height == std::numeric_limits<std::int32_t>::min()) {
+        return std::nullopt;
+    }
+    const std::int32_t rows = std::abs(height);
+    const std::uint64_t rowBytes = (static_cast<std::uint64_t>(width) * bits + 31) / 32 * 4;
+    if (rowBytes * static_cast<std::uint64_t>(rows) + offset > source.Size()) {
+        return std::nullopt;
+    }
+    return PixelSize{width, rows};
 }

@@ -4,7 +4,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
+
+#include "docpages/water_mark_layout.h"
 
 // Bytes in their order.
 class ByteSource {
@@ -47,3 +50,8 @@ enum class BitmapConversion {
 // A negative height (rows from the top) gives the headers alone. In each colour green and blue are exchanged;
 // see the .cpp.
 BitmapConversion ConvertTo24Bitmap(ByteSource& source, ByteSink& sink) noexcept;
+
+// The size of the picture in a file of one of the three layouts, its height positive also where the rows come
+// from the top. Nothing for another file, a compressed or an empty picture, and one whose rows the file does
+// not hold: a loader that believes what the headers say reads beyond the end of such a file.
+std::optional<PixelSize> WholeBitmapSize(ByteSource& source) noexcept;

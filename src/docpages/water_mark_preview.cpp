@@ -143,23 +143,27 @@ std::optional<PictureFault> WaterMarkPreview::LoadPicture(const wchar_t* file) {
     if (!CopiedImagePath(copy)) {
         return PictureFault::kSilent;
     }
-    if (!LoadBitmapFile(file)) {
+    // The system's loader believes what headers say and reads past a file's end, so it is given our own copy
+    // only, and that only when it is whole.
+    const std::optional<PixelSize> size = WholeBitmapSize(file);
+    if (!size) {
         return PictureFault::kMissing;
+    }
+    if (IsTooBig(size->width, size->height)) {
+        bitmapChanged_ = false;
+        return PictureFault::kTooBig;
     }
     const BitmapFileResult result = ChangeTo24Bitmap(file, copy);
     if (result != BitmapFileResult::kConverted) {
         return result == BitmapFileResult::kCannotCreate ? PictureFault::kDenied : PictureFault::kMissing;
     }
-    Bitmap picture = LoadBitmapFile(copy);
-    if (!picture) {
+    if (WholeBitmapSize(copy)) {
+        picture_ = LoadBitmapFile(copy);
+    }
+    if (!picture_) {
         return PictureFault::kMissing;
     }
     bitmapChanged_ = false;
-    const PixelSize size = SizeOf(picture);
-    if (IsTooBig(size.width, size.height)) {
-        return PictureFault::kTooBig;
-    }
-    picture_ = std::move(picture);
     return std::nullopt;
 }
 

@@ -595,6 +595,94 @@ TEST_F(Bitmap24Test, FilesOfAnotherTypeAreRefused) {
     EXPECT_TRUE(platform_recorder::TakeLines().empty());
 }
 
+// What WholeBitmapSize finds in a file of these headers and, as it is told, this length.
+std::optional<PixelSize> SizeIn(const Bytes& headers, std::uint64_t length) {
+    MemorySource source(headers, length);
+    return WholeBitmapSize(source);
+}
+
+Bytes TrueHeaders(std::uint32_t pixelOffset, unsigned bitCount, std::int32_t width, std::int32_t height) {
+    Bytes headers = Headers(pixelOffset, bitCount, width, height);
+    Set32(headers, 14, 40);
+    Set16(headers, 26, 1);
+    Set32(headers, 30, 0);
+    return headers;
+}
+
+TEST_F(Bitmap24Test, WholeFilesTellTheirSize) {
+    struct Case {
+        std::uint32_t offset;
+        unsigned bits;
+        std::int32_t width, height;
+        std::uint64_t length;  // of headers, palette and rows
+    };
+    for (const auto& [offset, bits, width, height, length] :
+         {Case{62, 1, 32, 3, 62 + 3 * 4}, Case{62, 1, 33, 3, 62 + 3 * 8}, Case{62, 1, 1, 1, 66},
+          Case{1078, 8, 5, 2, 1078 + 16}, Case{1078, 8, 4, 2, 1086}, Case{54, 24, 1, 1, 58},
+          Case{54, 24, 5, 7, 54 + 7 * 16}, Case{54, 24, 4, 7, 54 + 7 * 12},
+          Case{54, 24, 60000, 58000, 54 + 180000ull * 58000},
+          Case{54, 24, kLargest, kLargest, 54 + 6442450944ull * 2147483647}}) {
+        SCOPED_TRACE(testing::Message() << bits << " bits, " << width << " x " << height);
+        for (const std::int32_t sign : {1, -1}) {
+            const Bytes headers = TrueHeaders(offset, bits, width, height * sign);
+            EXPECT_EQ(SizeIn(headers, length), (PixelSize{width, height}));
+            EXPECT_EQ(SizeIn(headers, length + 1000), (PixelSize{width, height}));
+            EXPECT_EQ(SizeIn(headers, length - 1), std::nullopt);
+            EXPECT_EQ(SizeIn(headers, 0), std::nullopt);
+        }
+    }
+}
+
+TEST_F(Bitmap24Test, OtherFilesTellNoSize) {
+    constexpr std::uint64_t kPlenty = 100000;
+    struct Layout {
+        std::uint32_t offset;
+        unsigned bits;
+    };
+    for (const auto& [offset, bits] : {Layout{62, 1}, Layout{1078, 8}, Layout{54, 24}}) {
+        SCOPED_TRACE(bits);
+        const Bytes headers = TrueHeaders(offset, bits, 9, 9);
+        ASSERT_TRUE(SizeIn(headers, kPlenty));
+        for (std::size_t length = 0; length < headers.size(); ++length) {
+            // All that follows the lower byte of the bit count is 0, if it is asked.
+            const bool isEnough = length >= 29;
+            EXPECT_EQ(SizeIn(Cut(headers, length), kPlenty).has_value(), isEnough) << length;
+        }
+        const auto expectNone = [&](std::size_t at, std::uint32_t value, bool is32Bit) {
+            Bytes other = headers;
+            is32Bit ? Set32(other, at, value) : Set16(other, at, value);
+            EXPECT_EQ(SizeIn(other, kPlenty), std::nullopt) << "field " << at << ": " << value;
+        };
+        expectNone(0, 0x4D43, false);
+        expectNone(0, 0x4C42, false);
+        for (const std::uint32_t value : {0u, 1u, 53u, 55u, 61u, 63u, 118u, 0xFFFFFFFFu}) {
+            expectNone(10, value, true);
+        }
+        for (const std::uint32_t value : {0u, 12u, 39u, 41u, 108u, 124u, 0x80000028u}) {
+            expectNone(14, value, true);
+        }
+        for (const std::uint32_t value : {0u, 0x80000000u, 0xFFFFFFFFu}) {
+            expectNone(18, value, true);
+        }
+        for (const std::uint32_t value : {0u, 0x80000000u}) {
+            expectNone(22, value, true);
+        }
+        for (const std::uint32_t value : {0u, 2u, 0x101u}) {
+            expectNone(26, value, false);
+        }
+        for (const std::uint32_t value : {0u, 4u, 16u, 32u, bits + 256}) {
+            expectNone(28, value, false);
+        }
+        for (const std::uint32_t value : {1u, 2u, 3u, 0x10000u, 0x80000000u}) {
+            expectNone(30, value, true);
+        }
+    }
+    // Each offset goes with its own number of bits.
+    EXPECT_EQ(SizeIn(TrueHeaders(62, 24, 9, 9), kPlenty), std::nullopt);
+    EXPECT_EQ(SizeIn(TrueHeaders(1078, 1, 9, 9), kPlenty), std::nullopt);
+    EXPECT_EQ(SizeIn(TrueHeaders(54, 8, 9, 9), kPlenty), std::nullopt);
+}
+
 TEST_F(Bitmap24Test, SinksThatFailEndTheConversion) {
     for (const Bytes& file : {File1(17, 4), File8(9, 4)}) {
         const Bytes whole = SlowConvert(file);
