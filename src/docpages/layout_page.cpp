@@ -211,7 +211,8 @@ void BrowseClicked(HWND dialog, OEMDEV& record) {
     wchar_t path[kPathLength];
     const bool hasPath = PathFromIdList(folder, path);
     CoTaskMemFree(folder);
-    if (!hasPath) {
+    // The page may be gone, and the host's record with it.
+    if (!hasPath || !IsWindow(dialog)) {
         return;
     }
     if (FieldText(path).size() >= std::size(record.szLogPath)) {
@@ -267,7 +268,8 @@ INT_PTR ControlUsed(HWND dialog, DocumentSheetContext& context, OEMDEV& record, 
             }
             return TRUE;
         case IDC_MAIN_SCALE:
-            if (notification == EN_KILLFOCUS) {
+            // A sheet that closes takes the focus away after the settings were applied.
+            if (notification == EN_KILLFOCUS && IsWindowVisible(GetParent(dialog))) {
                 ScaleLeft(dialog, record);
             }
             return TRUE;
@@ -314,8 +316,11 @@ INT_PTR ControlUsed(HWND dialog, DocumentSheetContext& context, OEMDEV& record, 
     }
 }
 
-// A text that is no language's leaves the choice as it is.
+// Without a selection, or one that is no language's, the choice stays as it is.
 void TakeLanguage(HWND dialog) {
+    if (SelectedItem(dialog, IDC_MAIN_LANGUAGE, -1) < 0) {
+        return;
+    }
     const auto choice = ChooseLanguage(gLanguages, SelectedText(dialog, IDC_MAIN_LANGUAGE));
     if (!choice) {
         return;

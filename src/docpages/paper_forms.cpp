@@ -26,16 +26,15 @@ void ListForms(const DocumentSheetContext& context, HWND list) noexcept {
 }
 
 void ShowChosenForm(const DocumentSheetContext& context, HWND list) noexcept {
+    LONG first = 0;
     for (const OPTITEM& item : OptionItems(context)) {
-        if (!IsFormItem(item) || !HasValue(item, item.Sel)) {
+        if (!IsFormItem(item)) {
             continue;
         }
-        const wchar_t* const name = item.pOptType->pOptParam[item.Sel].pData;
-        if (IsOptionText(name)) {
-            const LRESULT index = SendMessageW(list, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1),
-                                               reinterpret_cast<LPARAM>(name));
-            SendMessageW(list, CB_SETCURSEL, static_cast<WPARAM>(index), 0);
+        if (HasValue(item, item.Sel)) {
+            SendMessageW(list, CB_SETCURSEL, static_cast<WPARAM>(first + item.Sel), 0);
         }
+        first += item.pOptType->Count;
     }
 }
 

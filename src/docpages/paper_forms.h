@@ -6,7 +6,7 @@
 // Fills a combo box with the names of the forms.
 void ListForms(const DocumentSheetContext& context, HWND list) noexcept;
 
-// Selects in the list what the option has selected.
+// Selects in the list what the option has selected; where that is no value of its, the list stays.
 void ShowChosenForm(const DocumentSheetContext& context, HWND list) noexcept;
 
 // Makes a form of the list the option's selection and tells the host.

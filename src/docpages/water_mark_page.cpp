@@ -5,12 +5,14 @@
 
 #include <commctrl.h>
 
+#include <algorithm>
 #include <iterator>
 #include <memory>
 #include <new>
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "base/platform.h"
@@ -40,8 +42,8 @@ constexpr int kFontSizeDigits = 2;
 constexpr WORD kLastSliderCode = TB_BOTTOM;
 
 // What the text list offers, the same in every language.
-constexpr const wchar_t* kPresetTexts[] = {L"CONFIDENTIAL", L"DO NOT COPY", L"TOP SECRET", L"DRAFT",
-                                           L"PROOF",        L"FINAL",       L"COPY",       L"FILE COPY"};
+constexpr std::wstring_view kPresetTexts[] = {L"CONFIDENTIAL", L"DO NOT COPY", L"TOP SECRET", L"DRAFT",
+                                              L"PROOF",        L"FINAL",       L"COPY",       L"FILE COPY"};
 
 struct Slider {
     int control;
@@ -70,6 +72,11 @@ constexpr wchar_t kStateProperty[] = L"KVMR72.WaterMark";
 // Null until the page is filled: what its controls report before that is no user's doing.
 PageState* StateOf(HWND dialog) noexcept {
     return static_cast<PageState*>(GetPropW(dialog, kStateProperty));
+}
+
+// FALSE once the page went while a box was open over it, and the host's record with it.
+bool IsOpen(HWND dialog) noexcept {
+    return StateOf(dialog) != nullptr;
 }
 
 LRESULT CALLBACK WaterMarkHelpProc(HWND control, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -106,29 +113,30 @@ void OpenSlider(HWND dialog, const Slider& slider, int position) {
     ShowSlider(dialog, slider, position);
 }
 
-// Selects a text of a list, whole. FALSE, and the selection as before, when the list does not have it.
-bool SelectText(HWND dialog, int list, const std::wstring& text) {
-    const LRESULT index = SendDlgItemMessageW(dialog, list, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1),
-                                              reinterpret_cast<LPARAM>(text.c_str()));
-    if (index == CB_ERR) {
-        return false;
-    }
-    SelectItem(dialog, list, static_cast<int>(index));
-    return true;
-}
-
 void ListTextsToPrint(HWND dialog, const OEMDEV& record) {
-    for (const wchar_t* const text : kPresetTexts) {
-        AddItem(dialog, IDC_WATERMARK_TEXT, text);
+    for (const std::wstring_view text : kPresetTexts) {
+        AddItem(dialog, IDC_WATERMARK_TEXT, text.data());
     }
     SendDlgItemMessageW(dialog, IDC_WATERMARK_TEXT, CB_LIMITTEXT, kTextLimit, 0);
     const std::wstring stored(FieldText(record.szWaterMarkText));
+    // Exactly so: the list's own search would take "Draft" for "DRAFT".
+    const auto preset = std::ranges::find(kPresetTexts, std::wstring_view(stored));
     if (stored.empty()) {
         SelectItem(dialog, IDC_WATERMARK_TEXT, 0);
-    } else if (!SelectText(dialog, IDC_WATERMARK_TEXT, stored)) {
+    } else if (preset != std::end(kPresetTexts)) {
+        SelectItem(dialog, IDC_WATERMARK_TEXT, static_cast<int>(preset - std::begin(kPresetTexts)));
+    } else {
         SetDlgItemTextW(dialog, IDC_WATERMARK_TEXT, stored.c_str());
     }
 }
+
+// As a person looks for a name in a list.
+struct ByName {
+    bool operator()(const std::wstring& left, const std::wstring& right) const noexcept {
+        return lstrcmpiW(left.c_str(), right.c_str()) < 0;
+    }
+};
+using Faces = std::set<std::wstring, ByName>;
 
 // Called for each face and each of its character sets.
 int CALLBACK FaceFound(const LOGFONTW* font, const TEXTMETRICW*, DWORD type, LPARAM faces) {
@@ -136,21 +144,38 @@ int CALLBACK FaceFound(const LOGFONTW* font, const TEXTMETRICW*, DWORD type, LPA
         return 1;
     }
     try {
-        reinterpret_cast<std::set<std::wstring>*>(faces)->emplace(font->lfFaceName);
+        reinterpret_cast<Faces*>(faces)->emplace(font->lfFaceName);
         return 1;
     } catch (const std::bad_alloc&) {
         return 0;
     }
 }
 
+// As wide as the longest of its items: names that the system gives may be longer than the closed list.
+void FitDroppedWidth(HWND list, HDC dc) noexcept {
+    const Selection withFont(dc, reinterpret_cast<HFONT>(SendMessageW(list, WM_GETFONT, 0, 0)));
+    const LRESULT count = SendMessageW(list, CB_GETCOUNT, 0, 0);
+    LONG widest = 0;
+    for (WPARAM index = 0; static_cast<LRESULT>(index) < count; ++index) {
+        wchar_t text[LF_FACESIZE] = {};
+        SIZE extent{};
+        if (SendMessageW(list, CB_GETLBTEXTLEN, index, 0) < LF_FACESIZE &&
+            SendMessageW(list, CB_GETLBTEXT, index, reinterpret_cast<LPARAM>(text)) > 0 &&
+            GetTextExtentPoint32W(dc, text, lstrlenW(text), &extent)) {
+            widest = std::max(widest, extent.cx);
+        }
+    }
+    const int beside = GetSystemMetrics(SM_CXVSCROLL) + 4 * GetSystemMetrics(SM_CXEDGE);
+    SendMessageW(list, CB_SETDROPPEDWIDTH, static_cast<WPARAM>(widest + beside), 0);
+}
+
 // Each face once; those for vertical text, which begin with '@', behind the others.
 void ListFonts(HWND dialog, const OEMDEV& record) {
-    std::set<std::wstring> faces;
-    if (const WindowDc dc(dialog); dc) {
-        LOGFONTW all{};
-        all.lfCharSet = DEFAULT_CHARSET;
-        EnumFontFamiliesExW(dc.Get(), &all, FaceFound, reinterpret_cast<LPARAM>(&faces), 0);
-    }
+    Faces faces;
+    const WindowDc dc(dialog);
+    LOGFONTW all{};
+    all.lfCharSet = DEFAULT_CHARSET;
+    EnumFontFamiliesExW(dc.Get(), &all, FaceFound, reinterpret_cast<LPARAM>(&faces), 0);
     for (const bool vertical : {false, true}) {
         for (const std::wstring& face : faces) {
             if (face.starts_with(L'@') == vertical) {
@@ -158,8 +183,15 @@ void ListFonts(HWND dialog, const OEMDEV& record) {
             }
         }
     }
+    FitDroppedWidth(GetDlgItem(dialog, IDC_WATERMARK_FONT), dc.Get());
     SelectItem(dialog, IDC_WATERMARK_FONT, 0);
-    SelectText(dialog, IDC_WATERMARK_FONT, std::wstring(FieldText(record.szWaterMarkFont)));
+    const std::wstring stored(FieldText(record.szWaterMarkFont));
+    const LRESULT index =
+        SendDlgItemMessageW(dialog, IDC_WATERMARK_FONT, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1),
+                            reinterpret_cast<LPARAM>(stored.c_str()));
+    if (index != CB_ERR) {
+        SelectItem(dialog, IDC_WATERMARK_FONT, static_cast<int>(index));
+    }
 }
 
 void ApplyTexts(HWND dialog) {
@@ -307,6 +339,9 @@ void KindChosen(HWND dialog, DocumentSheetContext& context, OEMDEV& record, Layo
     if (answer.showsInformation) {
         ShowMessage(dialog, Message::kWaterMarkAsImage, MessageTitle::kInformation, MessageIcon::kOfTitle);
     }
+    if (!IsOpen(dialog)) {
+        return;
+    }
     // Who has not chosen a bitmap yet need not be told that there is none.
     if (action != LayoutAction::kNoWaterMarkChosen && record.WaterMarkPicName[0] != L'\0') {
         BitmapChanged(dialog);
@@ -372,7 +407,11 @@ void TellError(HWND dialog, Message message) {
 void BrowseClicked(HWND dialog, OEMDEV& record) {
     std::wstring chosen;
     wchar_t copy[kPathLength];
-    if (!AskForFile(dialog, L"*.bmp\0*.bmp\0", chosen)) {
+    if (!AskForFile(dialog, L"*.bmp\0*.bmp\0", chosen) || !IsOpen(dialog)) {
+        return;
+    }
+    if (chosen.size() >= kFileLength) {
+        TellError(dialog, Message::kPathTooLong);
         return;
     }
     const bool hasCopy = WaterMarkPreview::CopiedImagePath(copy);
@@ -381,10 +420,6 @@ void BrowseClicked(HWND dialog, OEMDEV& record) {
     if (result != BitmapFileResult::kConverted) {
         TellError(dialog, result == BitmapFileResult::kCannotCreate ? Message::kWaterMarkDenied
                                                                     : Message::kWaterMarkDepth);
-        return;
-    }
-    if (chosen.size() >= kFileLength) {
-        TellError(dialog, Message::kPathTooLong);
         return;
     }
     SetDlgItemTextW(dialog, IDC_WATERMARK_FILE, chosen.c_str());
@@ -506,7 +541,7 @@ void TakeAll(HWND dialog, DocumentSheetContext& context, OEMDEV& record) {
 INT_PTR SheetNotified(HWND dialog, DocumentSheetContext& context, UINT code) {
     switch (code) {
         case PSN_APPLY:
-            if (OEMDEV* const record = context.Record(); record != nullptr && StateOf(dialog) != nullptr) {
+            if (OEMDEV* const record = context.Record(); record != nullptr && IsOpen(dialog)) {
                 TakeAll(dialog, context, *record);
             }
             ReportApplied(context.pfnComPropSheet, context.hComPropSheet,
@@ -531,10 +566,12 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
         return FALSE;
     }
     OEMDEV* const record = context->Record();
-    PageState* const state = StateOf(dialog);
+    const bool isOpen = IsOpen(dialog);
     switch (message) {
         case WM_INITDIALOG:
-            PageOpened(dialog, record);
+            if (!isOpen) {
+                PageOpened(dialog, record);
+            }
             return FALSE;
         case WM_PAINT:
             PagePainted(dialog, record);
@@ -546,12 +583,12 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
             }
             return TRUE;
         case WM_HSCROLL:
-            if (record != nullptr && state != nullptr && LOWORD(wParam) <= kLastSliderCode) {
+            if (record != nullptr && isOpen && LOWORD(wParam) <= kLastSliderCode) {
                 SlidersMoved(dialog, *record);
             }
             return TRUE;
         case WM_COMMAND:
-            return record != nullptr && state != nullptr
+            return record != nullptr && isOpen
                        ? ControlUsed(dialog, *context, *record, LOWORD(wParam), HIWORD(wParam))
                        : FALSE;
         case WM_NOTIFY:

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
+#include <set>
 
 #include "page_fixture.h"
 #include "rig/import_hooks.h"
@@ -46,7 +48,26 @@ constexpr std::size_t kHeaderTitleOffset = 72;
 constexpr std::size_t kHeaderSubTitleOffset = 80;
 constexpr std::size_t kContextOffset = 88;
 
+constexpr int kMainTemplate = 128;
+constexpr int kWaterMarkTemplate = 131;
 constexpr int kOperationTemplate = 103;
+constexpr int kVersionTemplate = 105;
+
+// In the order of the tabs.
+struct PageCase {
+    int dialog;
+    const wchar_t* title;
+    const wchar_t* section;
+    const wchar_t* title_key;
+};
+constexpr PageCase kPages[] = {
+    {kMainTemplate, L"Main", L"LAYOUT", L"RC_LAYOUTFORM"},
+    {kWaterMarkTemplate, L"Water Mark", L"WATERMARK", L"RC_WATERMARKFORM"},
+    {kOperationTemplate, L"Operation", L"OPERATION", L"RC_OPERATIONFORM"},
+    {kVersionTemplate, L"Version", L"VERSION", L"RC_VERSIONFORM"},
+};
+constexpr const wchar_t* kHostTitles[] = {L"Layout", L"Paper/Quality"};
+
 constexpr DWORD kTitleOnly = 0x0008;
 constexpr DWORD kTitleAndContext = 0x4008;
 
@@ -142,7 +163,11 @@ TEST_F(DocumentSheetTest, TracesTheInitialisationInOrder) {
     Lines expected = DumpOf(sheet.info);
     expected.insert(expected.begin(), kEntryLine);
     expected.push_back(L"UI:  initialize doc property sheet\r\n");
+    // From the last page to the first; the line of the Main page stands for the Water Mark page too.
+    expected.push_back(L"UI:  Init version property page\r\n");
     expected.push_back(L"UI:  Init operation property page\r\n");
+    expected.push_back(L"UI:  Init LayoutPage property page\r\n");
+    expected.push_back(L"UI:  Init LayoutPage property page\r\n");
     ASSERT_EQ(Host().CommonUIProp(OEMCUIP_DOCPROP), S_OK);
     rig::TraceCapture trace;
     EXPECT_EQ(Host().plugin().DocumentPropertySheets(&sheet.info, 0), S_OK);
@@ -200,42 +225,50 @@ TEST_F(DocumentSheetTest, TakesOverTheResult) {
 TEST_F(DocumentSheetTest, AddsItsPagesInTheOrderOfTheTabs) {
     FakeSheet sheet;
     ASSERT_EQ(Initialize(sheet), S_OK);
-    EXPECT_THAT(sheet.Templates(), ElementsAre(kOperationTemplate));
+    EXPECT_THAT(sheet.Templates(), ElementsAre(128, 131, 103, 105));
     EXPECT_EQ(sheet.calls.size(), sheet.Templates().size()) << "the host is asked for nothing else";
 }
 
-TEST_F(DocumentSheetTest, DescribesTheOperationPage) {
+TEST_F(DocumentSheetTest, DescribesItsPages) {
     FakeSheet sheet;
     ASSERT_EQ(Initialize(sheet), S_OK);
-    const FakeSheet::Call call = sheet.PageOf(kOperationTemplate);
-    EXPECT_EQ(call.sheet, &sheet);
-    EXPECT_EQ(call.function, 1u);
-    EXPECT_EQ(call.second, 0);
-    EXPECT_EQ(call.title, L"Operation");
+    std::set<std::uint64_t> procedures;
+    std::set<std::uint64_t> parameters;
+    for (const PageCase& expected : kPages) {
+        SCOPED_TRACE(expected.dialog);
+        const FakeSheet::Call call = sheet.PageOf(expected.dialog);
+        EXPECT_EQ(call.sheet, &sheet);
+        EXPECT_EQ(call.function, 1u);
+        EXPECT_EQ(call.second, 0);
+        EXPECT_EQ(call.title, expected.title);
 
-    const Bytes& page = call.page;
-    ASSERT_EQ(page.size(), 96u);
-    EXPECT_EQ(At<DWORD>(page, kSizeOffset), 96u);
-    EXPECT_EQ(At<DWORD>(page, kFlagsOffset), kTitleAndContext);
-    EXPECT_EQ(At<HMODULE>(page, kInstanceOffset), Host().module());
-    EXPECT_EQ(At<std::uint64_t>(page, kTemplateOffset), 103u);
-    EXPECT_EQ(At<std::uint64_t>(page, kIconOffset), 0u);
-    EXPECT_NE(At<std::uint64_t>(page, kProcedureOffset), 0u);
-    EXPECT_NE(At<std::uint64_t>(page, kParameterOffset), 0u);
-    EXPECT_EQ(At<std::uint64_t>(page, kCallbackOffset), 0u);
-    EXPECT_EQ(At<std::uint64_t>(page, kReferencesOffset), 0u);
-    EXPECT_EQ(At<std::uint64_t>(page, kHeaderTitleOffset), 0u);
-    EXPECT_EQ(At<std::uint64_t>(page, kHeaderSubTitleOffset), 0u);
-    EXPECT_NE(At<HANDLE>(page, kContextOffset), INVALID_HANDLE_VALUE);
-    EXPECT_NE(At<HANDLE>(page, kContextOffset), nullptr);
+        const Bytes& page = call.page;
+        ASSERT_EQ(page.size(), 96u);
+        EXPECT_EQ(At<DWORD>(page, kSizeOffset), 96u);
+        EXPECT_EQ(At<DWORD>(page, kFlagsOffset), kTitleAndContext);
+        EXPECT_EQ(At<HMODULE>(page, kInstanceOffset), Host().module());
+        EXPECT_EQ(At<std::uint64_t>(page, kTemplateOffset), static_cast<std::uint64_t>(expected.dialog));
+        EXPECT_EQ(At<std::uint64_t>(page, kIconOffset), 0u);
+        EXPECT_EQ(At<std::uint64_t>(page, kCallbackOffset), 0u);
+        EXPECT_EQ(At<std::uint64_t>(page, kReferencesOffset), 0u);
+        EXPECT_EQ(At<std::uint64_t>(page, kHeaderTitleOffset), 0u);
+        EXPECT_EQ(At<std::uint64_t>(page, kHeaderSubTitleOffset), 0u);
+        EXPECT_NE(At<HANDLE>(page, kContextOffset), INVALID_HANDLE_VALUE);
+        EXPECT_NE(At<HANDLE>(page, kContextOffset), nullptr);
+        procedures.insert(At<std::uint64_t>(page, kProcedureOffset));
+        parameters.insert(At<std::uint64_t>(page, kParameterOffset));
+    }
+    EXPECT_EQ(procedures.size(), std::size(kPages)) << "each page has a procedure of its own";
+    EXPECT_EQ(procedures.count(0), 0u);
+    EXPECT_EQ(parameters.size(), 1u) << "all pages have the context of the sheet";
 }
 
-TEST_F(DocumentSheetTest, GivesThePageTheSheetContext) {
+TEST_F(DocumentSheetTest, GivesThePagesTheSheetContext) {
     FakeSheet sheet;
     ASSERT_EQ(Initialize(sheet), S_OK);
     // Sheet handle, a second handle that stays invalid, the host's parameters, its common parameters, its
     // callback, its helper.
-    void* const* fields = At<void* const*>(sheet.PageOf(kOperationTemplate).page, kParameterOffset);
+    void* const* fields = At<void* const*>(sheet.PageOf(kMainTemplate).page, kParameterOffset);
     ASSERT_NE(fields, nullptr);
     EXPECT_EQ(fields[0], &sheet);
     EXPECT_EQ(fields[1], INVALID_HANDLE_VALUE);
@@ -278,7 +311,8 @@ TEST_F(DocumentSheetTest, ResultsInTheHandleOfTheLastPage) {
 
 TEST_F(DocumentSheetTest, StandsBehindTheHostsTabsInTheRealSheet) {
     OpenSheet([](UiDriver&, Sheet& sheet) {
-        EXPECT_THAT(sheet.TabTitles(), ElementsAre(L"Layout", L"Paper/Quality", L"Operation"));
+        EXPECT_THAT(sheet.TabTitles(), ElementsAre(L"Layout", L"Paper/Quality", L"Main", L"Water Mark",
+                                                   L"Operation", L"Version"));
         sheet.PressCancel();
     });
     EXPECT_THAT(Host().sheet_reasons(), IsSupersetOf({WORD{0}, WORD{1}, WORD{2}}));
@@ -600,8 +634,13 @@ TEST_F(DocumentSheetTest, FallsBackToEnglishWithoutAFile) {
 
 TEST_F(DocumentSheetTest, ShowsTheChosenLanguageInTheRealSheet) {
     ChooseLanguage(kSimplifiedChinese);
-    OpenSheet([](UiDriver&, Sheet& sheet) {
-        EXPECT_EQ(sheet.TabTitles().back(), L"操作");
+    std::vector<std::wstring> expected(std::begin(kHostTitles), std::end(kHostTitles));
+    for (const PageCase& page : kPages) {
+        expected.push_back(SourceText(kSimplifiedChinese, page.section, page.title_key));
+    }
+    EXPECT_EQ(expected[4], L"操作");
+    OpenSheet([&](UiDriver&, Sheet& sheet) {
+        EXPECT_EQ(sheet.TabTitles(), expected);
         sheet.PressCancel();
     });
 }

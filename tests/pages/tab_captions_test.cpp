@@ -1,0 +1,325 @@
+// A change of language relabels the tabs of sheets that are open: the document sheet's, and those of printer
+// sheets of the same printer. Here the printer sheets are windows of the test, real dialogs with real tabs.
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "page_fixture.h"
+#include "rig/import_hooks.h"
+#include "rig/trace_capture.h"
+#include "ui_thread.h"
+
+namespace pages {
+namespace {
+
+using rig::Lines;
+using testing::ElementsAre;
+using Texts = std::vector<std::wstring>;
+
+constexpr int kMainTab = 2;
+constexpr int kLanguageList = 1021;
+constexpr int kTraditional = 2;  // its place in the list
+
+constexpr wchar_t kDialogClass[] = L"#32770";
+constexpr wchar_t kPrinterTitle[] = L"Properties of KVM-R72 at the till";
+
+const Texts kPrinterTabs = {L"General", L"Ports", L"one", L"two", L"three", L"four"};
+
+Texts RelabelledPrinterTabs(const wchar_t* file) {
+    return {L"General",
+            L"Ports",
+            SourceText(file, L"UTILITY", L"RC_UTILITYFORM"),
+            SourceText(file, L"DOWNLOAD", L"RC_DOWNLOADFORM"),
+            SourceText(file, L"FONT", L"RC_FONTFORM"),
+            SourceText(file, L"VERSION", L"RC_VERSIONFORM")};
+}
+
+// A top-level window that stands open beside the document sheet, with child windows in it. Lives and dies on
+// the thread that makes it.
+class Bystander {
+  public:
+    explicit Bystander(const std::wstring& title, const wchar_t* window_class = kDialogClass)
+        : window_(CreateWindowExW(0, window_class, title.c_str(), WS_OVERLAPPEDWINDOW, 0, 0, 400, 300,
+                                  nullptr, nullptr, GetModuleHandleW(nullptr), nullptr)) {
+        EXPECT_NE(window_, nullptr);
+    }
+    Bystander(const Bystander&) = delete;
+    Bystander& operator=(const Bystander&) = delete;
+    ~Bystander() { DestroyWindow(window_); }
+
+    HWND AddChild(const wchar_t* window_class) const {
+        const HWND child = CreateWindowExW(0, window_class, L"", WS_CHILD | WS_VISIBLE, 0, 0, 100, 50,
+                                           window_, nullptr, GetModuleHandleW(nullptr), nullptr);
+        EXPECT_NE(child, nullptr);
+        return child;
+    }
+
+    HWND AddTabs(const Texts& titles, const wchar_t* window_class = WC_TABCONTROLW) const {
+        const HWND tabs = AddChild(window_class);
+        for (std::size_t i = 0; i < titles.size(); ++i) {
+            std::wstring title = titles[i];
+            TCITEMW item = {};
+            item.mask = TCIF_TEXT;
+            item.pszText = title.data();
+            EXPECT_EQ(SendMessageW(tabs, TCM_INSERTITEMW, i, reinterpret_cast<LPARAM>(&item)),
+                      static_cast<LRESULT>(i));
+        }
+        return tabs;
+    }
+
+    HWND handle() const { return window_; }
+
+  private:
+    HWND window_;
+};
+
+Texts TitlesOf(HWND tabs) {
+    Texts titles;
+    const LRESULT count = SendMessageW(tabs, TCM_GETITEMCOUNT, 0, 0);
+    for (LRESULT i = 0; i < count; ++i) {
+        wchar_t text[100] = {};
+        TCITEMW item = {};
+        item.mask = TCIF_TEXT;
+        item.pszText = text;
+        item.cchTextMax = static_cast<int>(std::size(text));
+        EXPECT_TRUE(
+            SendMessageW(tabs, TCM_GETITEMW, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(&item)));
+        titles.emplace_back(text);
+    }
+    return titles;
+}
+
+class TabCaptionsTest : public PageTest {
+  protected:
+    // Opens the document sheet in English, and on its thread: makes bystanders with `make`, changes to
+    // Traditional Chinese, and has `check` look at them before they go.
+    template <typename Made>
+    void ChangeLanguageBeside(const std::function<Made()>& make,
+                              const std::function<void(const Made&, const Sheet&)>& check) {
+        const UiThread ui_thread;
+        OpenSheet([&](UiDriver&, Sheet& sheet) {
+            const Window page = sheet.SelectPage(kMainTab);
+            ui_thread.Do([&] {
+                const Made made = make();
+                trace_.Take();
+                SendDlgItemMessageW(page.handle(), kLanguageList, CB_SETCURSEL, kTraditional, 0);
+                SendMessageW(page.handle(), WM_COMMAND, MAKEWPARAM(kLanguageList, CBN_SELCHANGE),
+                             reinterpret_cast<LPARAM>(page.Control(kLanguageList)));
+                SendMessageW(sheet.handle(), PSM_APPLY, 0, 0);
+                check(made, sheet);
+            });
+            sheet.PressCancel();
+        });
+        EXPECT_EQ(rig::LanguageValue(L"LANGUAGE_KVMR72"), kTraditionalChinese);
+    }
+
+    // The tabs of one bystander with these titles and window class, after a change of language.
+    Texts TabsAfterwards(const std::wstring& title, const wchar_t* window_class = kDialogClass,
+                         const Texts& tabs = kPrinterTabs) {
+        ChooseLanguage(kEnglish);
+        using Made = std::pair<std::unique_ptr<Bystander>, HWND>;
+        Texts titles;
+        ChangeLanguageBeside<Made>(
+            [&] {
+                auto window = std::make_unique<Bystander>(title, window_class);
+                const HWND handle = window->AddTabs(tabs);
+                return Made(std::move(window), handle);
+            },
+            [&](const Made& made, const Sheet&) { titles = TitlesOf(made.second); });
+        return titles;
+    }
+
+    rig::TraceCapture trace_;
+};
+
+TEST_F(TabCaptionsTest, RelabelsThePagesOfTheDocumentSheetOnly) {
+    ChangeLanguageBeside<int>(
+        [] { return 0; },
+        [](int, const Sheet& sheet) {
+            EXPECT_THAT(
+                TitlesOf(reinterpret_cast<HWND>(SendMessageW(sheet.handle(), PSM_GETTABCONTROL, 0, 0))),
+                ElementsAre(L"Layout", L"Paper/Quality",
+                            SourceText(kTraditionalChinese, L"LAYOUT", L"RC_LAYOUTFORM"),
+                            SourceText(kTraditionalChinese, L"WATERMARK", L"RC_WATERMARKFORM"),
+                            SourceText(kTraditionalChinese, L"OPERATION", L"RC_OPERATIONFORM"),
+                            SourceText(kTraditionalChinese, L"VERSION", L"RC_VERSIONFORM")));
+        });
+}
+
+TEST_F(TabCaptionsTest, RelabelsTheLastFourTabsOfThePrintersSheets) {
+    const Texts expected = RelabelledPrinterTabs(kTraditionalChinese);
+    EXPECT_EQ(TabsAfterwards(kPrinterTitle), expected);
+    EXPECT_EQ(TabsAfterwards(L"KVM-R72"), expected);
+    // The name may stand anywhere in what is read of the title.
+    EXPECT_EQ(TabsAfterwards(std::wstring(1017, L'x') + L"KVM-R72"), expected);
+    // Only four tabs, all of the plug-in.
+    EXPECT_EQ(TabsAfterwards(kPrinterTitle, kDialogClass, {L"a", L"b", L"c", L"d"}),
+              Texts(expected.begin() + 2, expected.end()));
+}
+
+TEST_F(TabCaptionsTest, LeavesOtherWindowsAlone) {
+    EXPECT_EQ(TabsAfterwards(L"Properties of KVM-R7"), kPrinterTabs) << "another printer";
+    EXPECT_EQ(TabsAfterwards(L"Properties of kvm-r72"), kPrinterTabs) << "another printer";
+    EXPECT_EQ(TabsAfterwards(L""), kPrinterTabs);
+    EXPECT_EQ(TabsAfterwards(std::wstring(1018, L'x') + L"KVM-R72"), kPrinterTabs) << "its name is cut off";
+
+    WNDCLASSW window_class = {};
+    window_class.lpfnWndProc = &DefWindowProcW;
+    window_class.hInstance = GetModuleHandleW(nullptr);
+    for (const wchar_t* name : {L"A#32770", L"#32770A", L"#3277"}) {
+        window_class.lpszClassName = name;
+        RegisterClassW(&window_class);
+        EXPECT_EQ(TabsAfterwards(kPrinterTitle, name), kPrinterTabs);
+        UnregisterClassW(name, window_class.hInstance);
+    }
+}
+
+// Every title has an empty name in it.
+TEST_F(TabCaptionsTest, APrinterWithoutANameHasNoSheets) {
+    HostSettings settings;
+    settings.printer_name = L"";
+    StartHost(settings);
+    EXPECT_EQ(TabsAfterwards(kPrinterTitle), kPrinterTabs);
+}
+
+// Where a sheet has fewer tabs than pages of the plug-in, the last ones still are the plug-in's.
+TEST_F(TabCaptionsTest, FewTabsAreNoHarm) {
+    const Texts all = RelabelledPrinterTabs(kTraditionalChinese);
+    EXPECT_EQ(TabsAfterwards(kPrinterTitle, kDialogClass, {L"a", L"b"}), (Texts{all[4], all[5]}));
+    EXPECT_EQ(TabsAfterwards(kPrinterTitle, kDialogClass, {}), Texts());
+}
+
+TEST_F(TabCaptionsTest, FindsOneTabControlInAPrinterSheetOfAnyClassName) {
+    WNDCLASSEXW tab_class = {};
+    tab_class.cbSize = sizeof tab_class;
+    ASSERT_TRUE(GetClassInfoExW(nullptr, WC_TABCONTROLW, &tab_class));
+    tab_class.hInstance = GetModuleHandleW(nullptr);
+    tab_class.lpszClassName = L"Till.SysTabControl32.2";
+    ASSERT_TRUE(RegisterClassExW(&tab_class));
+    struct Made {
+        std::unique_ptr<Bystander> window;
+        HWND first, second;
+    };
+    ChangeLanguageBeside<Made>(
+        [&] {
+            Made made;
+            made.window = std::make_unique<Bystander>(kPrinterTitle);
+            made.window->AddChild(WC_BUTTONW);
+            made.first = made.window->AddTabs(kPrinterTabs, tab_class.lpszClassName);
+            made.second = made.window->AddTabs(kPrinterTabs);
+            return made;
+        },
+        [&](const Made& made, const Sheet&) {
+            EXPECT_EQ(TitlesOf(made.first), RelabelledPrinterTabs(kTraditionalChinese));
+            EXPECT_EQ(TitlesOf(made.second), kPrinterTabs) << "one control is a sheet's";
+        });
+    UnregisterClassW(tab_class.lpszClassName, tab_class.hInstance);
+}
+
+// A text goes to a tab by its address, which means nothing elsewhere.
+TEST_F(TabCaptionsTest, LeavesWindowsOfOtherProgramsAlone) {
+    rig::ImportHooks hooks;
+    HWND foreign = nullptr;
+    hooks.On("USER32.dll", "GetWindowThreadProcessId", &GetWindowThreadProcessId,
+             [&](auto original, HWND window, DWORD* process) {
+                 const DWORD thread = original(window, process);
+                 if (process != nullptr && window == foreign) {
+                     ++*process;
+                 }
+                 return thread;
+             });
+    StartHost();
+    ASSERT_EQ(hooks.Bound("GetWindowThreadProcessId"), 1);
+    using Made = std::pair<std::unique_ptr<Bystander>, HWND>;
+    ChangeLanguageBeside<Made>(
+        [&] {
+            auto window = std::make_unique<Bystander>(kPrinterTitle);
+            foreign = window->handle();
+            const HWND tabs = window->AddTabs(kPrinterTabs);
+            return Made(std::move(window), tabs);
+        },
+        [&](const Made& made, const Sheet&) { EXPECT_EQ(TitlesOf(made.second), kPrinterTabs); });
+    StopHost();
+}
+
+// Sheets of one printer, of another and a message box, all open at once.
+TEST_F(TabCaptionsTest, FindsItsSheetsAmongOthersAndTracesTheSearch) {
+    struct Made {
+        std::unique_ptr<Bystander> one, other, same;
+        HWND tabs_of_one, tabs_of_other, tabs_of_same;
+    };
+    const std::wstring other_title = L"Properties of KVM-R80";
+    const std::wstring same_title = L"KVM-R72 in the kitchen";
+    ChangeLanguageBeside<Made>(
+        [&] {
+            Made made;
+            made.one = std::make_unique<Bystander>(kPrinterTitle);
+            made.one->AddChild(WC_STATICW);
+            made.tabs_of_one = made.one->AddTabs(kPrinterTabs);
+            made.one->AddChild(WC_STATICW);
+            made.other = std::make_unique<Bystander>(other_title);
+            made.tabs_of_other = made.other->AddTabs(kPrinterTabs);
+            made.same = std::make_unique<Bystander>(same_title);
+            made.tabs_of_same = made.same->AddTabs(kPrinterTabs);
+            return made;
+        },
+        [&](const Made& made, const Sheet&) {
+            EXPECT_EQ(TitlesOf(made.tabs_of_one), RelabelledPrinterTabs(kTraditionalChinese));
+            EXPECT_EQ(TitlesOf(made.tabs_of_other), kPrinterTabs);
+            EXPECT_EQ(TitlesOf(made.tabs_of_same), RelabelledPrinterTabs(kTraditionalChinese));
+
+            const Lines lines = trace_.TakeOwn();
+            // The lines from a dialog's title to the end of its search, the line before it included.
+            const auto search_of = [&](const std::wstring& title) {
+                const auto found = std::find(lines.begin(), lines.end(), title);
+                if (found - lines.begin() < 2) {
+                    ADD_FAILURE() << "the title was not traced";
+                    return Lines();
+                }
+                const auto out = std::find(found, lines.end(), L"UI:  EnumWindowsProc out\r\n");
+                return Lines(found - 2, out == lines.end() ? out : out + 1);
+            };
+            const std::wstring in = L"UI:  EnumWindowsProc in\r\n";
+            const std::wstring text = L"UI:  EnumWindowsProc GetWindowText\r\n";
+            const std::wstring out = L"UI:  EnumWindowsProc out\r\n";
+            const std::wstring child = L"UI:  EnumWindowsProc1 in\r\n";
+            EXPECT_EQ(search_of(other_title), (Lines{in, text, other_title, out}));
+            EXPECT_EQ(search_of(same_title),
+                      (Lines{in, text, same_title, child, L"UI:  EnumWindowsProc1 out 1\r\n", out}));
+            EXPECT_EQ(search_of(kPrinterTitle),
+                      (Lines{in, text, kPrinterTitle, child, L"UI:  EnumWindowsProc1 out 2\r\n", child,
+                             L"UI:  EnumWindowsProc1 out 1\r\n", out}));
+            // Each top-level window is looked at, and only dialogs further.
+            EXPECT_GT(std::count(lines.begin(), lines.end(), in),
+                      std::count(lines.begin(), lines.end(), out));
+            EXPECT_EQ(std::count(lines.begin(), lines.end(), text),
+                      std::count(lines.begin(), lines.end(), out));
+        });
+}
+
+TEST_F(TabCaptionsTest, CutsLongTitlesAndFallsBackToEnglish) {
+    using Made = std::pair<std::unique_ptr<Bystander>, HWND>;
+    ChangeLanguageBeside<Made>(
+        [&] {
+            // Now, since opening the page brought the user's copies up to date.
+            WriteUserFile(kTraditionalChinese,
+                          L"[UTILITY]\r\nRC_UTILITYFORM=\"abcdefghijklmnopqrstuvwxyz0123\"\r\n");
+            auto window = std::make_unique<Bystander>(kPrinterTitle);
+            const HWND tabs = window->AddTabs(kPrinterTabs);
+            return Made(std::move(window), tabs);
+        },
+        [](const Made& made, const Sheet&) {
+            EXPECT_THAT(TitlesOf(made.second), ElementsAre(L"General", L"Ports", L"abcdefghijklmnopqrs",
+                                                           L"Download", L"Font", L"Version"));
+        });
+}
+
+}  // namespace
+}  // namespace pages
