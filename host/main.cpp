@@ -15,10 +15,10 @@
 #include "files.h"
 #include "options.h"
 #include "pictures.h"
+#include "play.h"
 #include "plugin_host.h"
 #include "record_fields.h"
 #include "trace_capture.h"
-#include "typical_event.h"
 #include "ui_driver.h"
 #include "utf8.h"
 
@@ -87,7 +87,7 @@ SheetResult OpenPreferences(PluginHost& host, const Options& options) {
             TakePictures(sheet, *options.pictures);
         }
         if (options.play) {
-            PlayTypicalEvent(sheet);
+            Play(driver, sheet, options);
         }
     };
     if (options.play) {
@@ -126,6 +126,9 @@ void WriteTrace(const TraceCapture& trace, const std::filesystem::path& file) {
 }
 
 void RunSheet(const Options& options) {
+    if (options.watermark && !std::filesystem::is_regular_file(*options.watermark)) {
+        throw HostError("there is no file " + ToUtf8(options.watermark->native()));
+    }
     PluginHost host(options.dll ? std::filesystem::absolute(*options.dll)
                                 : ProgramFolder() / L"KVMR72UI.dll");
     if (options.record) {

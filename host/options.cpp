@@ -37,12 +37,15 @@ const std::vector<OptionRow>& Rows() {
          "English, Simplified Chinese or Traditional Chinese",
          SetLanguage},
         {L"--play", nullptr,
-         "do not wait for a person: Operation tab, \"Start of Document\", first\n"
-         "cash drawer for 10 ms, partial cut, OK, OK",
+         "do not wait for a person: set paper size and zoom, watermarks, a drawer\n"
+         "and a cut at document start, another language and back, and press OK",
          [](Options& options, const std::wstring&) { options.play = true; }},
+        {L"--watermark", "BMP", "what --play chooses as image watermark; otherwise only a text is played",
+         [](Options& options, const std::wstring& value) { options.watermark = value; }},
         {L"--pictures", "DIR",
          "write a BMP of every page of the plug-in and of the operation dialog at\n"
-         "each moment into DIR, before a person or --play takes over",
+         "each moment into DIR, before a person or --play takes over; --play adds\n"
+         "each watermark and the sheet right after the change of language",
          [](Options& options, const std::wstring& value) { options.pictures = value; }},
         {L"--headless", nullptr, "--play and --pictures, into the folder \"pictures\" unless one is named",
          [](Options& options, const std::wstring&) {

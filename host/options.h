@@ -16,6 +16,7 @@ struct Options {
     std::optional<std::filesystem::path> dll;  // else KVMR72UI.dll beside the program
     std::optional<std::filesystem::path> record;
     std::optional<std::filesystem::path> pictures;
+    std::optional<std::filesystem::path> watermark;
     std::optional<std::filesystem::path> trace;
     std::optional<std::wstring> language;  // ENG, CHN or CHF
     bool play = false;

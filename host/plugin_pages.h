@@ -7,6 +7,8 @@
 
 // The host's own tabs stand before the plug-in's.
 constexpr int kHostTabCount = 2;
+// The one of them with the driver's print-density option, which the plug-in relabels.
+constexpr int kDensityTab = 1;
 
 // Selects the plug-in's page that has this control. Throws UiError when there is none.
 Window SelectPageWith(const Sheet& sheet, int control);

@@ -14,5 +14,4 @@ void PlayTypicalEvent(const Sheet& sheet) {
     dialog.SelectCombo(IDC_OPERATION_DRAWER, kDrawer1For10Ms);
     dialog.SelectCombo(IDC_OPERATION_CUT, kPartialCut);
     dialog.PressAndWaitClosed(IDOK);
-    sheet.PressOk();
 }

@@ -3,5 +3,5 @@
 
 #include "ui_driver.h"
 
-// Sets it on the Operation page of `sheet` and ends the sheet with OK.
+// Sets it on the Operation page of `sheet`.
 void PlayTypicalEvent(const Sheet& sheet);

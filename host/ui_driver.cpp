@@ -1,6 +1,7 @@
 #include "ui_driver.h"
 
 #include <commctrl.h>
+#include <dlgs.h>
 #include <prsht.h>
 
 #include <algorithm>
@@ -182,6 +183,20 @@ MessageBoxInfo Window::OpenMessageBox(int id) const {
     return driver_->WaitForMessageBox();
 }
 
+void Window::ChooseFile(int id, const std::filesystem::path& file) const {
+    const Window dialog = OpenDialog(id);
+    const int name = dialog.HasControl(cmb13) ? cmb13 : edt1;
+    // The box for the name may stand inside combo boxes that have the same number.
+    Window box = dialog;
+    for (Window inner(*driver_, box.Control(name)); inner.HasControl(name);
+         inner = Window(*driver_, box.Control(name))) {
+        box = inner;
+    }
+    // The dialog knows backslashes only.
+    box.TypeText(name, std::filesystem::path(file).make_preferred().native());
+    dialog.PressAndWaitClosed(IDOK);
+}
+
 void Window::PressAndWaitClosed(int id) const {
     const HWND owner = GetWindow(handle_, GW_OWNER);
     PostMessageW(UsableControl(id), BM_CLICK, 0, 0);
@@ -207,14 +222,6 @@ std::vector<std::wstring> Window::Items(int id, UINT count, UINT length, UINT te
     return items;
 }
 
-void Window::Select(int id, int index, UINT message, WORD notification) const {
-    const HWND control = UsableControl(id);
-    if (SendTo(control, message, static_cast<WPARAM>(index)) != index) {
-        throw UiError(IdText(id) + " on " + Quoted(Title()) + " has no item " + std::to_string(index));
-    }
-    SendTo(handle_, WM_COMMAND, MAKEWPARAM(id, notification), reinterpret_cast<LPARAM>(control));
-}
-
 std::vector<std::wstring> Window::ComboItems(int id) const {
     return Items(id, CB_GETCOUNT, CB_GETLBTEXTLEN, CB_GETLBTEXT);
 }
@@ -224,7 +231,13 @@ int Window::ComboSelection(int id) const {
 }
 
 void Window::SelectCombo(int id, int index) const {
-    Select(id, index, CB_SETCURSEL, CBN_SELCHANGE);
+    const HWND control = UsableControl(id);
+    if (SendTo(control, CB_SETCURSEL, static_cast<WPARAM>(index)) != index) {
+        throw UiError(IdText(id) + " on " + Quoted(Title()) + " has no item " + std::to_string(index));
+    }
+    for (const int notification : {CBN_SELENDOK, CBN_SELCHANGE}) {
+        SendTo(handle_, WM_COMMAND, MAKEWPARAM(id, notification), reinterpret_cast<LPARAM>(control));
+    }
 }
 
 std::vector<std::wstring> Window::ListItems(int id) const {

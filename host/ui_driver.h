@@ -56,6 +56,8 @@ class Window {
     // Presses a button that opens a dialog or message box, and waits for that.
     Window OpenDialog(int id) const;
     MessageBoxInfo OpenMessageBox(int id) const;
+    // Presses a button that opens the system's open-file dialog, types the path there and presses Open.
+    void ChooseFile(int id, const std::filesystem::path& file) const;
     // Presses a button that closes this window, and waits until it is gone.
     void PressAndWaitClosed(int id) const;
     void WaitClosed() const;
@@ -94,7 +96,6 @@ class Window {
   private:
     HWND UsableControl(int id) const;
     std::vector<std::wstring> Items(int id, UINT count, UINT length, UINT text) const;
-    void Select(int id, int index, UINT message, WORD notification) const;
     void Spin(int id, int times, bool up) const;
 
     const UiDriver* driver_;

@@ -1,7 +1,5 @@
-// The host program: its command line, its reading of the record, what it takes from a record file, when it
-// keeps what a sheet did, and the finished program as another program starts it.
-#include <windows.h>
-
+// Parts of the host program: its command line, its reading of the record, what it takes from a record file,
+// and when it keeps what a sheet did.
 #include <algorithm>
 #include <array>
 #include <filesystem>
@@ -21,8 +19,6 @@ namespace {
 
 using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
 
 // --- Command line
 
@@ -38,17 +34,19 @@ std::string UsageErrorOf(const std::vector<std::wstring>& arguments) {
 
 TEST(HostOptionsTest, NothingIsChosenWithoutOptions) {
     const Options options = ParseOptions({});
-    EXPECT_FALSE(options.dll || options.record || options.pictures || options.trace || options.language);
+    EXPECT_FALSE(options.dll || options.record || options.pictures || options.watermark || options.trace ||
+                 options.language);
     EXPECT_FALSE(options.play || options.help || options.version);
 }
 
 TEST(HostOptionsTest, TakesEveryOption) {
-    const Options options =
-        ParseOptions({L"--dll", L"C:\\a b\\x.dll", L"--record", L"r.bin", L"--pictures", L"p", L"--trace",
-                      L"t.txt", L"--language", L"CHF", L"--play", L"--help", L"--version"});
+    const Options options = ParseOptions({L"--dll", L"C:\\a b\\x.dll", L"--record", L"r.bin", L"--pictures",
+                                          L"p", L"--watermark", L"w.bmp", L"--trace", L"t.txt", L"--language",
+                                          L"CHF", L"--play", L"--help", L"--version"});
     EXPECT_EQ(options.dll, std::filesystem::path(L"C:\\a b\\x.dll"));
     EXPECT_EQ(options.record, std::filesystem::path(L"r.bin"));
     EXPECT_EQ(options.pictures, std::filesystem::path(L"p"));
+    EXPECT_EQ(options.watermark, std::filesystem::path(L"w.bmp"));
     EXPECT_EQ(options.trace, std::filesystem::path(L"t.txt"));
     EXPECT_EQ(options.language, L"CHF");
     EXPECT_TRUE(options.play);
@@ -60,6 +58,7 @@ TEST(HostOptionsTest, EachOptionStandsAlone) {
     EXPECT_TRUE(ParseOptions({L"--play"}).play);
     EXPECT_FALSE(ParseOptions({L"--play"}).pictures);
     EXPECT_FALSE(ParseOptions({L"--pictures", L"p"}).play);
+    EXPECT_FALSE(ParseOptions({L"--watermark", L"w.bmp"}).play);
     EXPECT_FALSE(ParseOptions({L"--help"}).version);
     EXPECT_FALSE(ParseOptions({L"--version"}).help);
     for (const wchar_t* language : {L"ENG", L"CHN", L"CHF"}) {
@@ -85,7 +84,8 @@ TEST(HostOptionsTest, RefusesUnknownOptions) {
 }
 
 TEST(HostOptionsTest, RefusesMissingValues) {
-    for (const wchar_t* option : {L"--dll", L"--record", L"--language", L"--pictures", L"--trace"}) {
+    for (const wchar_t* option :
+         {L"--dll", L"--record", L"--language", L"--pictures", L"--watermark", L"--trace"}) {
         SCOPED_TRACE(ToUtf8(option));
         EXPECT_THAT(UsageErrorOf({option}), HasSubstr(ToUtf8(option)));
         EXPECT_THAT(UsageErrorOf({option, L""}), HasSubstr(ToUtf8(option)));
@@ -103,8 +103,9 @@ TEST(HostOptionsTest, RefusesOtherLanguages) {
 
 TEST(HostOptionsTest, HelpNamesEveryOptionAndExitCode) {
     const std::string help = HelpText();
-    for (const char* option : {"--dll PATH", "--record FILE", "--language ENG|CHN|CHF", "--play ",
-                               "--pictures DIR", "--headless ", "--trace FILE", "--help ", "--version "}) {
+    for (const char* option :
+         {"--dll PATH", "--record FILE", "--language ENG|CHN|CHF", "--play ", "--watermark BMP",
+          "--pictures DIR", "--headless ", "--trace FILE", "--help ", "--version "}) {
         EXPECT_THAT(help, HasSubstr(std::string("\n  ") + option));
     }
     EXPECT_THAT(help, AllOf(HasSubstr("0 done"), HasSubstr("1 failed"), HasSubstr("2 wrong command line"),
@@ -397,184 +398,6 @@ TEST_F(HostSheetTest, CancelPutsTheRecordBack) {
     EXPECT_EQ(pages::Differences(before, Record()), "");
     EXPECT_EQ(Host().public_devmode().dmPaperWidth, width);
     EXPECT_EQ(Host().options().item(DriverOptions::kQuality).Sel, 0);
-}
-
-// --- The program
-
-struct ProgramRun {
-    DWORD exit_code = 0;
-    std::string output;
-    std::string errors;
-};
-
-class HostProgramTest : public pages::PageTest {
-  protected:
-    void SetUp() override {
-        PageTest::SetUp();
-        // A folder that is new: what an earlier run left in one could pass for the program's work.
-        int number = 0;
-        do {
-            folder_ = std::filesystem::temp_directory_path() / (L"kvmr72 host " + std::to_wstring(++number));
-        } while (!std::filesystem::create_directory(folder_));
-    }
-    void TearDown() override {
-        std::error_code error;
-        std::filesystem::remove_all(folder_, error);
-        PageTest::TearDown();
-    }
-
-    std::filesystem::path File(const wchar_t* name) const { return folder_ / name; }
-
-    // Starts KVMR72Host.exe in the test's folder and waits for its end.
-    ProgramRun Run(const std::wstring& arguments) {
-        wchar_t own_path[1024] = {};
-        GetModuleFileNameW(nullptr, own_path, static_cast<DWORD>(std::size(own_path)));
-        const std::filesystem::path program =
-            std::filesystem::path(own_path).parent_path() / L"KVMR72Host.exe";
-        std::wstring command = L"\"" + program.native() + L"\" " + arguments;
-
-        // New files each time: processes that the system starts for the program inherit them and may keep
-        // them open beyond its end.
-        const std::wstring number = std::to_wstring(++runs_);
-        const std::wstring output = L"stdout-" + number + L".txt";
-        const std::wstring errors = L"stderr-" + number + L".txt";
-        SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
-        const auto create = [&](const std::wstring& name) {
-            const HANDLE file = CreateFileW(File(name.c_str()).c_str(), GENERIC_WRITE,
-                                            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                            &inherited, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-            EXPECT_NE(file, INVALID_HANDLE_VALUE) << ToUtf8(name) << ", error " << GetLastError();
-            return file;
-        };
-        STARTUPINFOW startup = {};
-        startup.cb = sizeof startup;
-        startup.dwFlags = STARTF_USESTDHANDLES;
-        startup.hStdInput = INVALID_HANDLE_VALUE;
-        startup.hStdOutput = create(output);
-        startup.hStdError = create(errors);
-        PROCESS_INFORMATION process = {};
-        ProgramRun run;
-        if (CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                           folder_.c_str(), &startup, &process)) {
-            // Above the program's own watchdog, which tells more.
-            if (WaitForSingleObject(process.hProcess, 90000) != WAIT_OBJECT_0) {
-                ADD_FAILURE() << "the program does not end";
-                TerminateProcess(process.hProcess, 98);
-                WaitForSingleObject(process.hProcess, 10000);
-            }
-            GetExitCodeProcess(process.hProcess, &run.exit_code);
-            CloseHandle(process.hThread);
-            CloseHandle(process.hProcess);
-        } else {
-            ADD_FAILURE() << program << " does not start, error " << GetLastError();
-        }
-        CloseHandle(startup.hStdOutput);
-        CloseHandle(startup.hStdError);
-        run.output = Text(output.c_str());
-        run.errors = Text(errors.c_str());
-        return run;
-    }
-
-    std::string Text(const wchar_t* name) const {
-        const auto bytes = rig::ReadBytes(File(name));
-        EXPECT_TRUE(bytes.has_value()) << "no file " << ToUtf8(name);
-        return bytes ? std::string(bytes->begin(), bytes->end()) : std::string();
-    }
-
-  private:
-    std::filesystem::path folder_;
-    int runs_ = 0;
-};
-
-TEST_F(HostProgramTest, EndsWithTwoForAWrongCommandLine) {
-    for (const wchar_t* arguments : {L"--wrong", L"--record", L"--language DEU", L"--help --wrong"}) {
-        SCOPED_TRACE(ToUtf8(arguments));
-        const ProgramRun run = Run(arguments);
-        EXPECT_EQ(run.exit_code, 2u);
-        EXPECT_EQ(run.output, "");
-        EXPECT_THAT(run.errors, AllOf(StartsWith("KVMR72Host: "), HasSubstr("--help")));
-    }
-}
-
-TEST_F(HostProgramTest, PrintsHelpAndVersion) {
-    const ProgramRun help = Run(L"--help");
-    EXPECT_EQ(help.exit_code, 0u);
-    EXPECT_THAT(help.output, AllOf(StartsWith("usage: KVMR72Host"), HasSubstr("--record FILE"),
-                                   HasSubstr("--headless"), HasSubstr("Exit codes: 0")));
-    EXPECT_EQ(help.errors, "");
-
-    const ProgramRun version = Run(L"--version");
-    EXPECT_EQ(version.exit_code, 0u);
-    EXPECT_THAT(version.output, testing::MatchesRegex("KVMR72Host \\d+\\.\\d+\\.\\d+\\s+"));
-    EXPECT_EQ(version.errors, "");
-}
-
-TEST_F(HostProgramTest, FailsWithoutThePlugin) {
-    const ProgramRun run = Run(L"--dll missing.dll --play");
-    EXPECT_EQ(run.exit_code, 1u);
-    EXPECT_THAT(run.errors, AllOf(StartsWith("KVMR72Host: "), HasSubstr("missing.dll")));
-}
-
-TEST_F(HostProgramTest, LeavesARefusedRecordFileAlone) {
-    Bytes foreign = PatternRecord(17);
-    Put32(foreign, 4, 0x12345678);
-    Bytes cut = PatternRecord(17);
-    cut.resize(1000);
-    for (const Bytes& content : {foreign, cut, Bytes{1, 2, 3}, Bytes{}, Bytes(65537)}) {
-        SCOPED_TRACE(content.size());
-        rig::WriteBytes(File(L"record.bin"), content);
-        const ProgramRun run = Run(L"--play --record record.bin");
-        EXPECT_EQ(run.exit_code, 1u);
-        EXPECT_THAT(run.errors, AllOf(StartsWith("KVMR72Host: "), HasSubstr("record.bin")));
-        EXPECT_EQ(rig::ReadBytes(File(L"record.bin")), content);
-    }
-}
-
-TEST_F(HostProgramTest, PlaysTheEventIntoTheRecordFile) {
-    Bytes expected = Record();
-    ASSERT_EQ(expected.size(), 1976u);
-    ASSERT_NE(expected[147], 1);
-    ASSERT_NE(expected[148], 1);
-    expected[147] = 1;
-    expected[148] = 1;
-
-    const ProgramRun run = Run(L"--headless --record record.bin --trace trace.txt");
-    EXPECT_EQ(run.exit_code, 0u) << run.errors;
-    EXPECT_EQ(run.errors, "");
-    const auto record = rig::ReadBytes(File(L"record.bin"));
-    ASSERT_TRUE(record.has_value());
-    EXPECT_EQ(pages::Differences(expected, *record), "");
-
-    EXPECT_THAT(run.output,
-                AllOf(HasSubstr("bDocStart_Cashdrawer  12 -> 1"), HasSubstr("bDocStart_CutPaper    0 -> 1"),
-                      Not(HasSubstr("bDocStart_Feed"))));
-    const std::string trace = Text(L"trace.txt");
-    EXPECT_THAT(trace, StartsWith("UI:  Process attach."));
-    EXPECT_THAT(trace, HasSubstr("UI:  IOemUI:DocumentPropertySheets entry.\r\n"));
-    for (const wchar_t* picture :
-         {L"pictures\\operation.bmp", L"pictures\\operation-start-of-document.bmp",
-          L"pictures\\operation-start-of-page.bmp", L"pictures\\operation-end-of-page.bmp",
-          L"pictures\\operation-end-of-document.bmp"}) {
-        EXPECT_THAT(Text(picture), StartsWith("BM")) << ToUtf8(picture);
-    }
-}
-
-TEST_F(HostProgramTest, PlaysIntoAConvertedRecordFile) {
-    Bytes stored = PatternRecord(17);
-    // The block of the start of the document within what its dialog can show.
-    std::fill(stored.begin() + 16, stored.begin() + 161, std::uint8_t{0});
-    stored.resize(600);
-    Put32(stored, 0, 600);
-    rig::WriteBytes(File(L"record.bin"), stored);
-    const ProgramRun run = Run(L"--play --record record.bin");
-    EXPECT_EQ(run.exit_code, 0u) << run.errors;
-    EXPECT_THAT(run.output, HasSubstr("Converted a record of 600 bytes."));
-    const auto record = rig::ReadBytes(File(L"record.bin"));
-    ASSERT_TRUE(record.has_value());
-    ASSERT_EQ(record->size(), 1976u);
-    EXPECT_EQ((*record)[147], 1);
-    EXPECT_EQ((*record)[148], 1);
-    EXPECT_EQ((*record)[599], stored[599]);
 }
 
 }  // namespace
