@@ -24,10 +24,10 @@ struct NamedControl {
     const char* name;
     int control;
 };
-constexpr NamedControl kPages[] = {{"Main", IDC_MAIN_ZOOM},
-                                   {"Water Mark", IDC_WATERMARK_PREVIEW},
-                                   {"Operation", IDC_OPERATION_PAGE_DOC_START},
-                                   {"Version", IDC_VERSION_LINK}};
+constexpr NamedControl kPages[] = {
+    {"Main", IDC_MAIN_LANGUAGE_LABEL},           {"Water Mark", IDC_WATERMARK_PREVIEW},
+    {"Operation", IDC_OPERATION_PAGE_DOC_START}, {"1D Code", IDC_BARCODE1D_GENERAL_GROUP},
+    {"2D Code", IDC_BARCODE2D_QR_GROUP},         {"Version", IDC_VERSION_LINK}};
 
 void Drive(PluginHost& host, const std::function<void(Sheet&)>& script) {
     RunDriven([&] { host.OpenSheet(SheetKind::kDocument); },

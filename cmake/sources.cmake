@@ -12,11 +12,18 @@ set(PORTABLE_SOURCES
   src/language/language_choice.cpp
   src/language/language_file.cpp
   src/language/language_list.cpp
+  src/printer/barcode_check.cpp
+  src/printer/barcode_commands.cpp
+  src/printer/barcode_fonts.cpp
+  src/printer/barcode_height.cpp
 )
 
 set(WIN32_SOURCES
   src/devpages/device_sheet.cpp
   src/devpages/version_page.cpp
+  src/docpages/barcode_1d_page.cpp
+  src/docpages/barcode_2d_page.cpp
+  src/docpages/barcode_page.cpp
   src/docpages/bitmap_24_file.cpp
   src/docpages/document_pages.cpp
   src/docpages/document_sheet.cpp
@@ -47,4 +54,5 @@ set(WIN32_SOURCES
   src/language/registry_choice.cpp
   src/language/text_lookup.cpp
   src/language/text_table.cpp
+  src/printer/raw_job.cpp
 )

@@ -112,12 +112,7 @@ BitmapFileResult ChangeTo24Bitmap(const wchar_t* source, const wchar_t* destinat
     return succeeded ? BitmapFileResult::kConverted : BitmapFileResult::kFailed;
 }
 
-std::optional<PixelSize> WholeBitmapSize(const wchar_t* file) noexcept {
-    const FileHandle handle(CreateFileW(file, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                        FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!handle) {
-        return std::nullopt;
-    }
-    FileSource source(handle.Get());
+std::optional<PixelSize> WholeBitmapSize(HANDLE file) noexcept {
+    FileSource source(file);
     return WholeBitmapSize(source);
 }

@@ -1,6 +1,8 @@
 // The conversion to 24 bits from file to file.
 #pragma once
 
+#include <windows.h>
+
 #include <optional>
 
 #include "docpages/water_mark_layout.h"
@@ -12,5 +14,6 @@ enum class BitmapFileResult { kFailed = 0, kConverted = 1, kCannotCreate = 2 };
 // failure it may be left empty or unfinished. The two may not be the same file: it cannot be created then.
 BitmapFileResult ChangeTo24Bitmap(const wchar_t* source, const wchar_t* destination) noexcept;
 
-// The size of the picture in a 1-, 8- or 24-bit file that is uncompressed and whole, otherwise nothing.
-std::optional<PixelSize> WholeBitmapSize(const wchar_t* file) noexcept;
+// The size of the picture in an open file of 1, 8 or 24 bits that is uncompressed and whole, otherwise
+// nothing. Reads from where the file stands.
+std::optional<PixelSize> WholeBitmapSize(HANDLE file) noexcept;

@@ -3,6 +3,8 @@
 #include <iterator>
 
 #include "devpages/version_page.h"
+#include "docpages/barcode_1d_page.h"
+#include "docpages/barcode_2d_page.h"
 #include "docpages/layout_page.h"
 #include "docpages/operation_page.h"
 #include "docpages/water_mark_page.h"
@@ -19,6 +21,10 @@ constexpr DocumentPageEntry kPages[] = {
      WaterMarkPropPageProc, kLayoutLine},
     {DocumentPage::kOperation, IDD_OPERATION_PAGE, OperationPageTexts, kOperationPageTitle,
      DocOperationPropPageProc, L"UI:  Init operation property page\r\n"},
+    {DocumentPage::kBarcode1D, IDD_BARCODE_1D_PAGE, Barcode1DPageTexts, kBarcode1DPageTitle,
+     BarcodePropPageProc, L"UI:  Init barcode property page\r\n"},
+    {DocumentPage::kBarcode2D, IDD_BARCODE_2D_PAGE, Barcode2DPageTexts, kBarcode2DPageTitle,
+     Barcode2DPropPageProc, L"UI:  Init 2DCode property page\r\n"},
     {DocumentPage::kVersion, IDD_VERSION_PAGE, VersionPageTexts, kVersionPageTitle, DeviceVersionPropPageProc,
      L"UI:  Init version property page\r\n"},
 };

@@ -1,6 +1,8 @@
 #include "docpages/document_sheet.h"
 
 #include "base/platform.h"
+#include "docpages/barcode_1d_page.h"
+#include "docpages/barcode_2d_page.h"
 #include "docpages/document_pages.h"
 #include "docpages/layout_page.h"
 #include "docpages/print_density.h"
@@ -13,8 +15,8 @@
 namespace {
 
 // Texts of the document side that are not captions of a page.
-constexpr TextTable& (*kSharedTexts[])() noexcept = {LayoutPageHelp, WaterMarkPageHelp, DensityTexts,
-                                                     Messages};
+constexpr TextTable& (*kSharedTexts[])() noexcept = {LayoutPageHelp,    WaterMarkPageHelp, Barcode1DPageHelp,
+                                                     Barcode2DPageHelp, DensityTexts,      Messages};
 
 void LoadTexts() {
     RefreshLanguageFile();

@@ -38,6 +38,18 @@ bool IsDialog(HWND window) noexcept {
     return ClassName(window).Text() == L"#32770";
 }
 
+// A window of another thread may belong to one that waits for this very sheet.
+constexpr UINT kPatience = 500;  // milliseconds
+
+// FALSE when the window's thread does not answer.
+bool Ask(HWND window, UINT message, WPARAM wParam, LPARAM lParam, LRESULT& answer) noexcept {
+    DWORD_PTR result = 0;
+    const bool isAnswered =
+        SendMessageTimeoutW(window, message, wParam, lParam, SMTO_ABORTIFHUNG, kPatience, &result) != 0;
+    answer = static_cast<LRESULT>(result);
+    return isAnswered;
+}
+
 // A tab's text goes by pointer, which means nothing to another process.
 bool IsOfThisProcess(HWND window) noexcept {
     DWORD process = 0;
@@ -45,14 +57,16 @@ bool IsOfThisProcess(HWND window) noexcept {
     return process == GetCurrentProcessId();
 }
 
-void SetTab(HWND tabs, int index, const wchar_t* section, const wchar_t* key,
+// FALSE when the control's thread does not answer.
+bool SetTab(HWND tabs, int index, const wchar_t* section, const wchar_t* key,
             const wchar_t* english) noexcept {
     wchar_t title[kShortCaption];
     LoadText(section, key, english, title);
     TCITEMW item{};
     item.mask = TCIF_TEXT;
     item.pszText = title;
-    SendMessageW(tabs, TCM_SETITEMW, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item));
+    LRESULT answer = 0;
+    return Ask(tabs, TCM_SETITEMW, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item), answer);
 }
 
 }  // namespace
@@ -85,7 +99,8 @@ BOOL CALLBACK FindPrinterSheets(HWND window, LPARAM) noexcept {
     }
     TRACE_VERBOSE(L"UI:  EnumWindowsProc GetWindowText\r\n");
     wchar_t title[kTitleLength + 1] = {};
-    GetWindowTextW(window, title, static_cast<int>(std::size(title)));
+    // Unlike GetWindowText it does not ask the window's thread.
+    InternalGetWindowText(window, title, static_cast<int>(std::size(title)));
     OutputDebugStringW(title);
     const bool isOfPrinter =
         gPrinterName[0] != L'\0' && std::wstring_view(title).find(gPrinterName) != std::wstring_view::npos;
@@ -103,10 +118,11 @@ BOOL CALLBACK RelabelPrinterTabs(HWND window, LPARAM) noexcept {
         return TRUE;
     }
     RefreshLanguageFile();
-    const int count = static_cast<int>(SendMessageW(window, TCM_GETITEMCOUNT, 0, 0));
-    int index = count - static_cast<int>(std::size(kPrinterTabs));
+    LRESULT count = 0;
+    bool isAnswered = Ask(window, TCM_GETITEMCOUNT, 0, 0, count);
+    int index = static_cast<int>(count) - static_cast<int>(std::size(kPrinterTabs));
     for (const PrinterTab& tab : kPrinterTabs) {
-        SetTab(window, index, tab.section, tab.titleKey, tab.english);
+        isAnswered = isAnswered && SetTab(window, index, tab.section, tab.titleKey, tab.english);
         ++index;
     }
     TRACE_VERBOSE(L"UI:  EnumWindowsProc1 out 1\r\n");

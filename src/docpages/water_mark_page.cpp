@@ -325,11 +325,12 @@ void RepaintAndMark(HWND dialog) {
     MarkChanged(dialog);
 }
 
-// Has the picture read anew, and said what is wrong with it.
-void BitmapChanged(HWND dialog) noexcept {
+// Has the picture read anew, and said what is wrong with it. Who has not chosen one yet need not be told that
+// there is none.
+void BitmapChanged(HWND dialog, const OEMDEV& record) noexcept {
     if (PageState* const state = StateOf(dialog); state != nullptr) {
         state->preview.MarkBitmapChanged();
-        state->tellsFault = true;
+        state->tellsFault = record.WaterMarkPicName[0] != L'\0';
     }
 }
 
@@ -342,9 +343,8 @@ void KindChosen(HWND dialog, DocumentSheetContext& context, OEMDEV& record, Layo
     if (!IsOpen(dialog)) {
         return;
     }
-    // Who has not chosen a bitmap yet need not be told that there is none.
-    if (action != LayoutAction::kNoWaterMarkChosen && record.WaterMarkPicName[0] != L'\0') {
-        BitmapChanged(dialog);
+    if (action != LayoutAction::kNoWaterMarkChosen) {
+        BitmapChanged(dialog, record);
     }
     RepaintAndMark(dialog);
 }
@@ -430,7 +430,7 @@ void BrowseClicked(HWND dialog, OEMDEV& record) {
         return;
     }
     CopyText(record.WaterMarkPicName, shown);
-    BitmapChanged(dialog);
+    BitmapChanged(dialog, record);
     RepaintAndMark(dialog);
 }
 
@@ -456,6 +456,7 @@ INT_PTR ControlUsed(HWND dialog, DocumentSheetContext& context, OEMDEV& record, 
                 TakeText(dialog, record);
                 RepaintAndMark(dialog);
             } else if (notification == CBN_EDITCHANGE) {
+                // The list drops its selection only after it has told of the typing.
                 CopyText(record.szWaterMarkText, TypedText(dialog));
                 RepaintAndMark(dialog);
             }

@@ -1,5 +1,6 @@
 #include "docpages/water_mark_preview.h"
 
+#include <algorithm>
 #include <span>
 #include <utility>
 #include <vector>
@@ -19,6 +20,12 @@ bool TemporaryFile(const wchar_t* name, wchar_t (&path)[kPathLength]) noexcept {
     const DWORD length = GetTempPathW(static_cast<DWORD>(kPathLength), folder);
     path[0] = L'\0';
     return length != 0 && length < kPathLength && JoinText(path, {folder, name});
+}
+
+// Others may read it too, but neither write it nor take it away.
+FileHandle OpenToRead(const wchar_t* file) noexcept {
+    return FileHandle(CreateFileW(file, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 Bitmap LoadBitmapFile(const wchar_t* file) noexcept {
@@ -84,14 +91,18 @@ Canvas RenderText(const WaterMark& mark) noexcept {
     {
         const Selection intoBitmap(dc.Get(), canvas.bitmap.Get());
         const Selection withFont(dc.Get(), font.Get());
-        PatBlt(dc.Get(), 0, 0, kTextImageSide, kTextImageSide, WHITENESS);
         const int length = static_cast<int>(mark.text.size());
         SIZE extent{};
-        GetTextExtentPoint32W(dc.Get(), mark.text.c_str(), length, &extent);
+        if (!intoBitmap || !withFont || !PatBlt(dc.Get(), 0, 0, kTextImageSide, kTextImageSide, WHITENESS) ||
+            !GetTextExtentPoint32W(dc.Get(), mark.text.c_str(), length, &extent)) {
+            return {};
+        }
         const TextStart start = TextStartPoint(mark.angle, {extent.cx, extent.cy});
         SetTextAlign(dc.Get(), TA_BASELINE);
         SetBkMode(dc.Get(), OPAQUE);
-        TextOutW(dc.Get(), start.x, start.y, mark.text.c_str(), length);
+        if (!TextOutW(dc.Get(), start.x, start.y, mark.text.c_str(), length)) {
+            return {};
+        }
         GdiFlush();
     }
     Brighten(canvas.pixels, mark.brightness);
@@ -111,20 +122,24 @@ bool WriteTextFile(const Canvas& canvas) {
            written == bytes.size();
 }
 
-// Stretches a picture to its places in the selected bitmap.
-void Place(HDC target, PixelSize area, const Bitmap& picture, const WaterMark& mark) {
+// Stretches a picture, if there is one, to its places in the selected bitmap. FALSE when the system fails.
+bool Place(HDC target, PixelSize area, const Bitmap& picture, const WaterMark& mark) {
+    if (!picture) {
+        return true;
+    }
     const MemoryDc source(CreateCompatibleDC(target));
     const Selection fromPicture(source.Get(), picture.Get());
     if (!fromPicture) {
-        return;
+        return false;
     }
     const PixelSize size = SizeOf(picture);
     // Whole pixels of the picture, as the printer's dots will show them.
     SetStretchBltMode(target, COLORONCOLOR);
-    for (const Placement& place : PlaceWaterMark(area, size, mark.position, mark.size)) {
-        StretchBlt(target, place.left, place.top, place.width, place.height, source.Get(), 0, 0, size.width,
-                   place.imageRows, SRCCOPY);
-    }
+    const auto places = PlaceWaterMark(area, size, mark.position, mark.size);
+    return std::all_of(places.begin(), places.end(), [&](const Placement& place) {
+        return StretchBlt(target, place.left, place.top, place.width, place.height, source.Get(), 0, 0,
+                          size.width, place.imageRows, SRCCOPY);
+    });
 }
 
 }  // namespace
@@ -143,9 +158,7 @@ std::optional<PictureFault> WaterMarkPreview::LoadPicture(const wchar_t* file) {
     if (!CopiedImagePath(copy)) {
         return PictureFault::kSilent;
     }
-    // The system's loader believes what headers say and reads past a file's end, so it is given our own copy
-    // only, and that only when it is whole.
-    const std::optional<PixelSize> size = WholeBitmapSize(file);
+    const std::optional<PixelSize> size = WholeBitmapSize(OpenToRead(file).Get());
     if (!size) {
         return PictureFault::kMissing;
     }
@@ -157,8 +170,13 @@ std::optional<PictureFault> WaterMarkPreview::LoadPicture(const wchar_t* file) {
     if (result != BitmapFileResult::kConverted) {
         return result == BitmapFileResult::kCannotCreate ? PictureFault::kDenied : PictureFault::kMissing;
     }
-    if (WholeBitmapSize(copy)) {
-        picture_ = LoadBitmapFile(copy);
+    {
+        // The system's loader believes what headers say and reads past a file's end, so it is given our own
+        // copy only, once that is known to be whole. While it is open here no other sheet can replace it.
+        const FileHandle whole = OpenToRead(copy);
+        if (WholeBitmapSize(whole.Get())) {
+            picture_ = LoadBitmapFile(copy);
+        }
     }
     if (!picture_) {
         return PictureFault::kMissing;
@@ -184,11 +202,13 @@ std::optional<PictureFault> WaterMarkPreview::Render(HDC frame, PixelSize area, 
     }
     {
         const Selection intoBitmap(dc.Get(), canvas.bitmap.Get());
-        PatBlt(dc.Get(), 0, 0, area.width, area.height, WHITENESS);
-        if (mark.kind == kTextWaterMark) {
-            Place(dc.Get(), area, text.bitmap, mark);
-        } else if (mark.kind == kImageWaterMark) {
-            Place(dc.Get(), area, picture_, mark);
+        const Bitmap none;
+        const Bitmap& picture = mark.kind == kTextWaterMark    ? text.bitmap
+                                : mark.kind == kImageWaterMark ? picture_
+                                                               : none;
+        if (!intoBitmap || !PatBlt(dc.Get(), 0, 0, area.width, area.height, WHITENESS) ||
+            !Place(dc.Get(), area, picture, mark)) {
+            return PictureFault::kSilent;
         }
         GdiFlush();
     }

@@ -76,6 +76,10 @@ inline std::wstring SelectedText(HWND dialog, int list) {
     return text;
 }
 
+inline bool HasItems(HWND dialog, int list) noexcept {
+    return SendDlgItemMessageW(dialog, list, CB_GETCOUNT, 0, 0) > 0;
+}
+
 inline void AddItem(HWND dialog, int list, const wchar_t* text) noexcept {
     SendDlgItemMessageW(dialog, list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text));
 }

@@ -26,7 +26,7 @@ struct HostText {
 };
 
 // The pages of the document sheet, in the order of their tabs.
-enum class DocumentPage { kMain, kWaterMark, kOperation, kVersion, kCount };
+enum class DocumentPage { kMain, kWaterMark, kOperation, kBarcode1D, kBarcode2D, kVersion, kCount };
 
 struct DocumentSheetContext {
     HANDLE hComPropSheet = INVALID_HANDLE_VALUE;

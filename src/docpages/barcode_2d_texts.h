@@ -1,0 +1,140 @@
+// The 2D Code page's texts, section "2DCODE".
+#pragma once
+
+#include <iterator>
+
+#include "language/text_entry.h"
+#include "resources/resource.h"
+
+constexpr std::size_t kBarcode2DPageTitle = 0;
+
+constexpr TextEntry kBarcode2DPageTexts[] = {
+    {kNoControl, TEXT16("RC_2DCODEFORM"), TEXT16("2D Code"), kShortCaption},
+    {IDC_BARCODE2D_FONT_LABEL, TEXT16("RC_STATIC_2DCODE_FONTNAME"), TEXT16("Font Name:"), kShortCaption},
+    {IDC_BARCODE2D_TYPE_LABEL, TEXT16("RC_STATIC_2DCODE_TYPE"), TEXT16("Type:"), kShortCaption},
+    {IDC_BARCODE2D_POINTS_LABEL, TEXT16("RC_STATIC_2DCODE_POINT"), TEXT16("point"), kShortCaption},
+    {IDC_BARCODE2D_NOTICE, TEXT16("RC_STATIC_2DCODE_NOTICE"),
+     TEXT16("Select this font size in the application."), kLongCaption},
+    {IDC_BARCODE2D_PDF_GROUP, TEXT16("RC_STATIC_2DCODE_PDF417"), TEXT16("PDF417"), kLongCaption},
+    {IDC_BARCODE2D_PDF_COLUMNS_LABEL, TEXT16("RC_STATIC_2DCODE_COLUMN"), TEXT16("Column:"), kShortCaption},
+    {IDC_BARCODE2D_PDF_WIDTH_LABEL, TEXT16("RC_STATIC_2DCODE_ELEMENTWIDTH"), TEXT16("Element Width:"),
+     kShortCaption},
+    {IDC_BARCODE2D_PDF_ROWS_LABEL, TEXT16("RC_STATIC_2DCODE_ROW"), TEXT16("Row:"), kShortCaption},
+    {IDC_BARCODE2D_PDF_HEIGHT_LABEL, TEXT16("RC_STATIC_2DCODE_ELEMENTHEIGHT"), TEXT16("Element Height:"),
+     kShortCaption},
+    {IDC_BARCODE2D_PDF_ECC_LABEL, TEXT16("RC_STATIC_2DCODE_ERRORCOR"), TEXT16("Error Correction:"),
+     kShortCaption},
+    {kNoControl, TEXT16("RC_STATIC_2DCODE_ERRORCOR1"), TEXT16("Error Correction Level 0"), kLongCaption},
+    {kNoControl, TEXT16("RC_STATIC_2DCODE_ERRORCOR2"), TEXT16("Error Correction Level 1"), kLongCaption},
+    {kNoControl, TEXT16("RC_STATIC_2DCODE_ERRORCOR3"), TEXT16("Error Correction Level 2"), kLongCaption},
+    {kNoControl, TEXT16("RC_STATIC_2DCODE_ERRORCOR4"), TEXT16("Error Correction Level 3"), kLongCaption},
+    {kNoControl, TEXT16("RC_STATIC_2DCODE_ERRORCOR5"), TEXT16("Error Correction Level 4"), kLongCaption},
+    {kNoControl, TEXT16("RC_STATIC_2DCODE_ERRORCOR6"), TEXT16("Error Correction Level 5"), kLongCaption},
+    {kNoControl, TEXT16("RC_STATIC_2DCODE_ERRORCOR7"), TEXT16("Error Correction Level 6"), kLongCaption},
+    {kNoControl, TEXT16("RC_STATIC_2DCODE_ERRORCOR8"), TEXT16("Error Correction Level 7"), kLongCaption},
+    {kNoControl, TEXT16("RC_STATIC_2DCODE_ERRORCOR9"), TEXT16("Error Correction Level 8"), kLongCaption},
+    {IDC_BARCODE2D_GS1_GROUP, TEXT16("RC_STATIC_2DCODE_GSDATABAR"), TEXT16("GS1 DataBar"), kLongCaption},
+    {IDC_BARCODE2D_GS1_KIND_LABEL, TEXT16("RC_STATIC_2DCODE_GSTYPE"), TEXT16("Type:"), kShortCaption},
+    {IDC_BARCODE2D_GS1_INDEPENDENT, TEXT16("RC_RADIO_Independence"), TEXT16("Independence"), kLongCaption},
+    {IDC_BARCODE2D_GS1_COMPOSITE, TEXT16("RC_RADIO_Complex"), TEXT16("Composite"), kLongCaption},
+    {IDC_BARCODE2D_GS1_WIDTH_LABEL, TEXT16("RC_STATIC_2DCODE_GSEWIDTH"), TEXT16("Element Width:"),
+     kShortCaption},
+    {IDC_BARCODE2D_GS1_ROW_LABEL, TEXT16("RC_STATIC_2DCODE_GSRHEIGHT"), TEXT16("Row Height:"), kShortCaption},
+    {IDC_BARCODE2D_GS1_COMPOSITE_ROW_LABEL, TEXT16("RC_STATIC_2DCODE_GS2DRHEIGHT"), TEXT16("2D Row Height:"),
+     kShortCaption},
+    {IDC_BARCODE2D_GS1_SEPARATOR_LABEL, TEXT16("RC_STATIC_2DCODE_GSSHEIGHT"), TEXT16("Separator Height:"),
+     kShortCaption},
+    {IDC_BARCODE2D_GS1_SEGMENTS_LABEL, TEXT16("RC_STATIC_2DCODE_GSSNUMBER"), TEXT16("Segment Number:"),
+     kShortCaption},
+    {IDC_BARCODE2D_GS1_HRI_LABEL, TEXT16("RC_STATIC_2DCODE_GSHRI"), TEXT16("HRI:"), kShortCaption},
+    {kNoControl, TEXT16("RC_IDC_CMB_HRI21"), TEXT16("Primary and Secondary Data"), kLongCaption},
+    {kNoControl, TEXT16("RC_IDC_CMB_HRI22"), TEXT16("Primary Data"), kLongCaption},
+    {kNoControl, TEXT16("RC_IDC_CMB_HRI23"), TEXT16("Secondary Data"), kLongCaption},
+    {kNoControl, TEXT16("RC_IDC_CMB_HRI24"), TEXT16("None"), kLongCaption},
+    {IDC_BARCODE2D_GS1_EXPANDED_LABEL, TEXT16("RC_STATIC_2DCODE_GSAAISTD"), TEXT16("Expanded:"),
+     kShortCaption},
+    {kNoControl, TEXT16("RC_IDC_CMB_AI21"), TEXT16("None"), kLongCaption},
+    {kNoControl, TEXT16("RC_IDC_CMB_AI22"), TEXT16("Application Identifier Specification to Data"),
+     kLongCaption},
+    {IDC_BARCODE2D_QR_GROUP, TEXT16("RC_STATIC_2DCODE_QR"), TEXT16("QR"), kLongCaption},
+    {IDC_BARCODE2D_QR_WIDTH_LABEL, TEXT16("RC_STATIC_2DCODE_QREWIDTH"), TEXT16("Element Width:"),
+     kShortCaption},
+    {IDC_BARCODE2D_QR_LANGUAGE_LABEL, TEXT16("RC_STATIC_2DCODE_QRLMODE"), TEXT16("Language mode:"),
+     kShortCaption},
+    {kNoControl, TEXT16("RC_CMB_FONTMODE1"), TEXT16("Chinese"), kLongCaption},
+    {kNoControl, TEXT16("RC_CMB_FONTMODE2"), TEXT16("Japanese"), kLongCaption},
+    {IDC_BARCODE2D_QR_MODEL_LABEL, TEXT16("RC_STATIC_2DCODE_QRMODE"), TEXT16("Model:"), kShortCaption},
+    {IDC_BARCODE2D_QR_ECC_LABEL, TEXT16("RC_STATIC_2DCODE_QRECORRECTION"), TEXT16("Error Correction:"),
+     kShortCaption},
+    {IDC_BARCODE2D_TEST_GROUP, TEXT16("RC_STATIC_2DCODE_PRINT"), TEXT16("Test Print"), kLongCaption},
+    {IDC_BARCODE2D_DATA_LABEL, TEXT16("RC_STATIC_2DCODE_DATA"), TEXT16("Data:"), kShortCaption},
+    {IDC_BARCODE2D_PRINT, TEXT16("RC_BUTTON_PRINT2D"), TEXT16("Print"), kShortCaption},
+};
+
+constexpr ListTexts kPdfEccList = {11, 9};
+constexpr ListTexts kGs1HriList2D = {30, 4};
+constexpr ListTexts kGs1ExpandedList2D = {35, 2};
+constexpr ListTexts kQrLanguageList = {40, 2};
+
+// Help texts, in the order in which the page looks for a helped control.
+constexpr TextEntry kBarcode2DPageHelp[] = {
+    {IDC_BARCODE2D_FONT, TEXT16("CTEXT_FONTNAME2D"),
+     TEXT16("Select the 2D code font to be set. Text that an application prints in this font is printed as "
+            "2D code."),
+     kHelpText},
+    {IDC_BARCODE2D_TYPE, TEXT16("CTEXT_BARCODETYPE2D"), TEXT16("Select the type of 2D code."), kHelpText},
+    {IDC_BARCODE2D_GS1_INDEPENDENT, TEXT16("CTEXT_RADIO_Independence"),
+     TEXT16("Print the GS1 DataBar alone, without 2D composite part."), kHelpText},
+    {IDC_BARCODE2D_GS1_COMPOSITE, TEXT16("CTEXT_RADIO_Complex"),
+     TEXT16("Print the GS1 DataBar with 2D composite part. The 2D row height can be set after selecting this "
+            "item."),
+     kHelpText},
+    {IDC_BARCODE2D_GS1_WIDTH, TEXT16("CTEXT_EDIT_GS1WIDTH2"),
+     TEXT16("Specify the element width of GS1 DataBar. The unit of width is dot, available range is 1-6."),
+     kHelpText},
+    {IDC_BARCODE2D_GS1_ROW, TEXT16("CTEXT_EDIT_GS1HEIGHT2"),
+     TEXT16("Specify the row height of GS1 DataBar. The unit of height is dot, available range is 2-250."),
+     kHelpText},
+    {IDC_BARCODE2D_GS1_COMPOSITE_ROW, TEXT16("CTEXT_EDIT_ComplexHEIGHT2"),
+     TEXT16("Specify the row height of 2D composite part. This item is only enabled when Composite is "
+            "selected, available range is 1-10."),
+     kHelpText},
+    {IDC_BARCODE2D_GS1_SEPARATOR, TEXT16("CTEXT_EDIT_SeparatorHEIGHT2"),
+     TEXT16("Specify the height of separator. Available range is 1-10."), kHelpText},
+    {IDC_BARCODE2D_GS1_SEGMENTS, TEXT16("CTEXT_EDIT_SECTIONNUM"),
+     TEXT16("Specify the number of segments in a row. This item is only enabled for GS1 DataBar Expanded "
+            "Stacked, available range is 2-20, or 4-20 when Composite is selected."),
+     kHelpText},
+    {IDC_BARCODE2D_GS1_HRI, TEXT16("CTEXT_CMB_HRI2"),
+     TEXT16("Select the data to be printed as HRI characters."), kHelpText},
+    {IDC_BARCODE2D_GS1_EXPANDED, TEXT16("CTEXT_CMB_AI2"),
+     TEXT16("Select whether application identifiers are specified in the data. This item is only enabled for "
+            "GS1 DataBar Expanded Stacked."),
+     kHelpText},
+    {IDC_BARCODE2D_DATA, TEXT16("CTEXT_EDIT_PRINT2D"), TEXT16("Edit the 2D code data for test print."),
+     kHelpText},
+    {IDC_BARCODE2D_PRINT, TEXT16("CTEXT_BUTTON_PRINT2D"),
+     TEXT16("Print a test 2D code with the current settings and data."), kHelpText},
+    {IDC_BARCODE2D_PDF_COLUMNS, TEXT16("CTEXT_EDIT_COLUMN"),
+     TEXT16("Specify the number of columns of PDF417. Available range is 1-30."), kHelpText},
+    {IDC_BARCODE2D_PDF_WIDTH, TEXT16("CTEXT_EDIT_WIDTH2D"),
+     TEXT16("Specify the element width of PDF417. The unit of width is dot, available range is 1-7."),
+     kHelpText},
+    {IDC_BARCODE2D_PDF_ROWS, TEXT16("CTEXT_EDIT_ROW"),
+     TEXT16("Specify the number of rows of PDF417. Available range is 3-90."), kHelpText},
+    {IDC_BARCODE2D_PDF_HEIGHT, TEXT16("CTEXT_EDIT_HEIGHT2D"),
+     TEXT16("Specify the element height of PDF417. The unit of height is dot, available range is 2-25."),
+     kHelpText},
+    {IDC_BARCODE2D_PDF_ECC, TEXT16("CTEXT_ERRORCORRECTIONLEVEL"),
+     TEXT16("Select the error correction level of PDF417. A higher level can restore more damaged data, but "
+            "needs a bigger code."),
+     kHelpText},
+    {IDC_BARCODE2D_QR_WIDTH, TEXT16("CTEXT_EDIT_QRWIDTH"),
+     TEXT16("Specify the element width of QR Code. The unit of width is dot, available range is 1-24."),
+     kHelpText},
+    {IDC_BARCODE2D_QR_LANGUAGE, TEXT16("CTEXT_CMB_FONTMODE"),
+     TEXT16("Select the language mode of QR Code (Chinese / Japanese)."), kHelpText},
+    {IDC_BARCODE2D_QR_MODEL, TEXT16("CTEXT_CMB_TYPE"), TEXT16("Select the model of QR Code."), kHelpText},
+    {IDC_BARCODE2D_QR_ECC, TEXT16("CTEXT_CMB_ERROR"), TEXT16("Select the error correction level of QR Code."),
+     kHelpText},
+};
