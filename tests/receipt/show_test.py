@@ -1,0 +1,259 @@
+#!/usr/bin/python3
+"""Tests of receipt/show as a person starts it: what it prints, what it writes, how it ends."""
+
+import os
+import shutil
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+from jobs import CLOSE, JOBS, OPEN, PROJECT, hexed, joined, linear
+from PIL import Image
+
+from receipt import readers
+
+SHOW = PROJECT / "receipt" / "show"
+ZINT = ["zint", "-b", "QRCODE", "--scale=4", "--border=8"]
+# Readers that find nothing, and one that finds another number.
+BLIND = {
+    "zbarimg": """echo "<source href='$5'>"; echo "</source>"; exit 4""",
+    "ZXingReader": "echo No barcode found",
+    "node": "echo '[]'",
+}
+WRONG = """echo "<source href='$5'><symbol type='EAN-8'><data><![CDATA[12345670]]></data></symbol></source>" """
+
+
+class Show(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+        self.job = self.folder / "job.prn"
+        self.png = self.folder / "paper.png"
+
+    def show(self, job: bytes, *options: str, **environment: str) -> subprocess.CompletedProcess:
+        self.job.write_bytes(job)
+        return subprocess.run(
+            [SHOW, self.job, *options],
+            capture_output=True,
+            text=True,
+            check=False,
+            cwd=self.folder,
+            env={**os.environ, **environment},
+        )
+
+    def test_annotated_bytes(self):
+        run = self.show(joined(linear("03", hexed("9638507"), position="02")))
+        self.assertEqual(run.stderr, "")
+        self.assertEqual(
+            [line.split("  ", 1)[0] + "|" + " ".join(line.split()[1:]) for line in run.stdout.splitlines()],
+            [
+                "0000|1D 66 00 text of barcodes in font A",
+                "0003|1D 48 02 text of barcodes: below the bars",
+                "0006|1D 77 02 barcode module width 2 dots",
+                "0009|1D 68 64 barcode height 100 dots",
+                '000C|1D 6B 03 39 36 33 38 35 30 37 00 EAN-8: "9638507"',
+                "0017|0A line feed",
+                "0018|1D 56 42 00 feed to the cutter and 0 dots, cut",
+            ],
+        )
+        self.assertEqual(run.returncode, 0)
+        self.assertFalse(self.png.exists())
+
+    def test_long_data_is_shortened(self):
+        run = self.show(joined([OPEN, "1C 71 01", "04 00 01 00" + "AA" * 32, "0A", CLOSE]))
+        line = run.stdout.splitlines()[2]
+        self.assertEqual(
+            " ".join(line.split()),
+            "0007 04 00 01 00 AA AA AA AA AA AA AA AA AA AA + 22 bytes logo 1 of 1: 32 x 8 dots, 32 bytes of raster",
+        )
+
+    def test_fault(self):
+        run = self.show(joined(["1D 66 00", "1D 99"]) + joined(JOBS["EAN-8"]), "--png", str(self.png))
+        lines = run.stdout.splitlines()
+        self.assertEqual(len(lines), 2)
+        self.assertEqual(lines[1], "ERROR 0004: 99 after 1D is no command")
+        self.assertEqual(run.returncode, 1)
+        self.assertTrue(self.png.exists())
+
+    def test_picture(self):
+        run = self.show(joined(JOBS["EAN-8"]), "--png", str(self.png))
+        self.assertEqual(run.returncode, 0, run.stderr)
+        with Image.open(self.png) as image:
+            self.assertEqual((image.format, image.mode, image.size), ("PNG", "L", (567, 269)))
+            self.assertEqual([round(value) for value in image.info["dpi"]], [180, 180])
+
+    def test_symbol_wider_than_the_paper(self):
+        run = self.show(joined(linear("02", hexed("590123412345"), width="06")), "--png", str(self.png), "--scan")
+        self.assertIn("FAILED 000C: the printer prints nothing: EAN-13: the symbol is 570 dots wide", run.stdout)
+        self.assertEqual(run.returncode, 3)
+        self.assertTrue(self.png.exists())
+
+    def test_refused_data(self):
+        run = self.show(joined(linear("05", hexed("123"))))
+        self.assertIn("FAILED 000C: the printer prints nothing: ITF: 3 digits: pairs are needed", run.stdout)
+        self.assertEqual(run.returncode, 3)
+
+    def test_words(self):
+        run = self.show(joined(linear("03", hexed("9638507"), position="03")), "--text")
+        self.assertEqual(
+            run.stdout.splitlines()[7:],
+            [
+                "paper 567 x 317 dots",
+                'EAN-8 134 x 100 dots at 28, 48: "96385074", text "96385074" 2 times',
+                "cut at 292",
+            ],
+        )
+
+    def test_scan(self):
+        run = self.show(joined(JOBS["EAN-13"]), "--scan")
+        self.assertEqual(
+            run.stdout.splitlines()[7:],
+            [
+                '000C: EAN-13 "5901234123457"',
+                "      zbar        reads it",
+                "      ZXing       reads it",
+                "      zxing-wasm  reads it",
+            ],
+        )
+        self.assertEqual(run.returncode, 0)
+
+    def test_scan_where_one_reader_reads(self):
+        run = self.show(joined(JOBS["DataBar Limited"]), "--scan")
+        self.assertEqual(
+            [line.split(None, 1)[1] for line in run.stdout.splitlines()[-3:]],
+            ["does not read this symbology", "does not read this symbology", "reads it"],
+        )
+        self.assertEqual(run.returncode, 0)
+
+    def scan_with(self, **programs: str) -> subprocess.CompletedProcess:
+        """Readers that are replaced by lines of shell."""
+        folder = self.folder / "bin"
+        folder.mkdir()
+        for name, line in programs.items():
+            (folder / name).write_text(f"#!/bin/sh\n{line}\n")
+            (folder / name).chmod(0o755)
+        return self.show(joined(JOBS["EAN-8"]), "--scan", PATH=f"{folder}:{os.environ['PATH']}")
+
+    def verdicts(self, run: subprocess.CompletedProcess) -> list[str]:
+        return [line.split(None, 1)[1] for line in run.stdout.splitlines()[-3:]]
+
+    def test_scan_that_nobody_reads(self):
+        run = self.scan_with(**BLIND)
+        self.assertEqual(self.verdicts(run), ["finds nothing"] * 3, run.stderr)
+        self.assertEqual(run.returncode, 4)
+
+    def test_scan_that_one_reads_wrongly(self):
+        run = self.scan_with(zbarimg=WRONG)
+        self.assertEqual(self.verdicts(run), ['READS EAN-8 "12345670"', "reads it", "reads it"], run.stderr)
+        self.assertEqual(run.returncode, 4)
+
+    def test_reader_that_fails_is_an_error(self):
+        run = self.scan_with(ZXingReader="echo broken >&2; exit 1")
+        self.assertEqual((run.returncode, run.stderr), (2, "receipt/show: ZXingReader failed: broken\n"))
+        shutil.rmtree(self.folder / "bin")
+        run = self.scan_with(zbarimg="echo broken >&2; exit 2")
+        self.assertEqual((run.returncode, run.stderr), (2, "receipt/show: zbarimg failed: broken\n"))
+
+    def test_document(self):
+        self.assertEqual(self.show(joined(JOBS["EAN-8"]), "--document", "Barcode").returncode, 0)
+        run = self.show(joined(JOBS["EAN-8"]), "--document", "LOGO")
+        self.assertIn('ERROR 000C: EAN-8: "9638507": not in a job that is called "LOGO"', run.stdout)
+        self.assertEqual(run.returncode, 1)
+        self.assertEqual(self.show(joined(JOBS["EAN-8"]), "--document", "other").returncode, 2)
+
+    def test_download(self):
+        source = self.folder / "font.zk"
+        source.write_bytes(bytes(range(100)))
+        options = ("--document", "FIRMWARE", "--source", str(source))
+        run = self.show(bytes(range(100)), *options)
+        self.assertIn("a file for the printer, 100 bytes, passed on unchanged", run.stdout)
+        self.assertEqual(run.returncode, 0)
+        for job, fault in (
+            (bytes(range(99)), "ERROR 0063: the job has 99 bytes, the file 100"),
+            (bytes(range(101)), "ERROR 0064: the job has 101 bytes, the file 100"),
+            (bytes(range(50)) + bytes(50), "ERROR 0032: 00 where the file has 32"),
+        ):
+            run = self.show(job, *options)
+            self.assertIn(fault, run.stdout)
+            self.assertEqual(run.returncode, 1)
+        self.assertEqual(self.show(b"", "--source", str(source)).returncode, 2)
+
+    def test_missing_file(self):
+        run = subprocess.run([SHOW, self.folder / "none.prn"], capture_output=True, text=True, check=False)
+        self.assertEqual(run.returncode, 2)
+        self.assertIn("none.prn", run.stderr)
+
+    def test_missing_programs_are_errors(self):
+        job = joined(JOBS["EAN-8"])
+        run = self.show(job, PATH=str(self.folder))
+        self.assertEqual((run.returncode, run.stderr), (2, "receipt/show: zint is not installed\n"))
+        programs = {"zint": "zint", "zbarimg": "zbar-tools", "ZXingReader": "zxing-cpp-tools", "node": "nodejs"}
+        for place, missing in enumerate(programs):
+            if place == 0:
+                continue
+            folder = self.folder / missing
+            folder.mkdir()
+            for program in programs:
+                if program != missing:
+                    (folder / program).symlink_to(shutil.which(program))
+            run = self.show(job, "--scan", PATH=str(folder))
+            expected = f"receipt/show: {missing} is not installed ({programs[missing]})\n"
+            self.assertEqual((run.returncode, run.stderr), (2, expected))
+
+    def test_missing_module_is_an_error(self):
+        run = self.show(joined(JOBS["EAN-8"]), "--scan", RECEIPT_MODULES=str(self.folder))
+        self.assertEqual(run.returncode, 2)
+        self.assertIn("zxing-wasm is not in", run.stderr)
+        module = self.folder / "node_modules" / "zxing-wasm"
+        module.mkdir(parents=True)
+        run = self.show(joined(JOBS["EAN-8"]), "--scan", RECEIPT_MODULES=str(self.folder))
+        self.assertEqual(run.returncode, 2)
+        self.assertIn("zxing-wasm failed", run.stderr)
+
+    def test_help(self):
+        run = subprocess.run([SHOW, "--help"], capture_output=True, text=True, check=False)
+        self.assertEqual(run.returncode, 0)
+        for option in ("--document", "--source", "--png", "--scan", "--text", "Exit codes"):
+            self.assertIn(option, run.stdout)
+
+
+class Readers(unittest.TestCase):
+    def test_pinned_version(self):
+        """The module that is installed is the one that the lock file names."""
+        for text in ('"zxing-wasm": "3.1.4"',):
+            self.assertIn(text, (PROJECT / "receipt" / "package.json").read_text())
+            self.assertIn(text, (PROJECT / "receipt" / "package-lock.json").read_text())
+        installed = readers.MODULES / "node_modules" / "zxing-wasm" / "package.json"
+        self.assertIn('"version": "3.1.4"', installed.read_text())
+
+    def test_several_symbols_in_one_picture(self):
+        with tempfile.TemporaryDirectory() as folder:
+            pictures = []
+            for data in ("LEFT", "RIGHT"):
+                pictures.append(os.path.join(folder, data + ".png"))
+                subprocess.run([*ZINT, "-d", data, "-o", pictures[-1]], check=True)
+            left, right = (Image.open(picture).convert("L") for picture in pictures)
+            both = Image.new("L", (left.width + right.width + 100, left.height + 40), 255)
+            both.paste(left, (0, 0))
+            both.paste(right, (left.width + 100, 40))
+        found = readers.read_images([both, Image.new("L", (50, 50), 255)])
+        for reader in readers.READERS:
+            self.assertEqual({reading.data for reading in found[reader][0]}, {b"LEFT", b"RIGHT"}, reader)
+        self.assertEqual([found[reader][1] for reader in readers.READERS], [[], [], []])
+
+    def test_data_that_looks_like_markup(self):
+        for data in ("]]>", "<data><![CDATA[x]]></data>", "'&amp;\""):
+            with tempfile.TemporaryDirectory() as folder:
+                picture = os.path.join(folder, "a.png")
+                subprocess.run([*ZINT, "-d", data, "-o", picture], check=True)
+                for reader, found in readers.read_files([picture]).items():
+                    self.assertEqual([reading.data for reading in found[0]], [data.encode()], reader)
+
+    def test_nothing_to_read(self):
+        self.assertEqual(readers.read_files([]), {"zbar": [], "ZXing": [], "zxing-wasm": []})
+
+
+if __name__ == "__main__":
+    unittest.main()
