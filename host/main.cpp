@@ -1,8 +1,7 @@
 // KVMR72Host: the desk of whoever works on the plug-in or with its records. It opens the plug-in's pages in a
 // real sheet, lets a person or --play work them, and tells what that did to the record.
 //
-// The order of Run is the order in which a driver's host works. A printer joins where the sheet is opened:
-// its handle is HostSettings::printer.
+// The order of Run is the order in which a driver's host works.
 #include <windows.h>
 
 #include <algorithm>
@@ -11,16 +10,21 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "files.h"
 #include "options.h"
 #include "pictures.h"
 #include "play.h"
 #include "plugin_host.h"
+#include "print_list.h"
 #include "record_fields.h"
+#include "system_printer.h"
 #include "trace_capture.h"
 #include "ui_driver.h"
 #include "utf8.h"
+#include "virtual_printer.h"
 
 namespace {
 
@@ -78,19 +82,30 @@ void LoadStoredRecord(PluginHost& host, const std::filesystem::path& file) {
     }
 }
 
-SheetResult OpenPreferences(PluginHost& host, const Options& options) {
+void PrintJobLine(const PrintJob& job) {
+    const std::string label = job.label.empty() ? "" : " (" + ToUtf8(job.label) + ")";
+    std::printf("%s: %s%s, %zu bytes\n", job.printed ? "Printed" : "Not printed",
+                ToUtf8(job.document).c_str(), label.c_str(), job.bytes.size());
+    // A person looks on while the sheet is open.
+    std::fflush(stdout);
+}
+
+SheetResult OpenPreferences(PluginHost& host, const Options& options, VirtualPrinter* printer) {
     SheetResult result;
     const auto open = [&] { result = host.OpenSheet(SheetKind::kDocument); };
-    const auto script = [&options](UiDriver& driver) {
+    const auto prints = options.prints ? ReadPrintList(*options.prints) : std::vector<ListedPrint>();
+    const auto script = [&](UiDriver& driver) {
         const Sheet sheet = driver.WaitForSheet();
         if (options.pictures) {
             TakePictures(sheet, *options.pictures);
         }
-        if (options.play) {
-            Play(driver, sheet, options);
+        if (options.prints) {
+            PrintTests(driver, sheet, prints, printer);
+        } else if (options.play) {
+            Play(driver, sheet, options, printer);
         }
     };
-    if (options.play) {
+    if (options.play || options.prints) {
         RunDriven(open, script);
     } else if (options.pictures) {
         RunThenHandOver(open, script);
@@ -129,15 +144,28 @@ void RunSheet(const Options& options) {
     if (options.watermark && !std::filesystem::is_regular_file(*options.watermark)) {
         throw HostError("there is no file " + ToUtf8(options.watermark->native()));
     }
-    PluginHost host(options.dll ? std::filesystem::absolute(*options.dll)
-                                : ProgramFolder() / L"KVMR72UI.dll");
+    const std::filesystem::path dll =
+        options.dll ? std::filesystem::absolute(*options.dll) : ProgramFolder() / L"KVMR72UI.dll";
+    HostSettings settings;
+    std::optional<SystemPrinter> system_printer;
+    std::optional<VirtualPrinter> virtual_printer;
+    if (options.printer) {
+        system_printer.emplace(*options.printer);
+        settings.printer_name = *options.printer;
+        settings.printer = system_printer->handle();
+    } else {
+        virtual_printer.emplace(options.jobs, dll.filename());
+        virtual_printer->on_job = PrintJobLine;
+        settings.printer = virtual_printer->handle();
+    }
+    PluginHost host(dll, std::move(settings));
     if (options.record) {
         LoadStoredRecord(host, *options.record);
     }
     RecordCopy before = {};
     std::ranges::copy(host.record_bytes(), before.begin());
 
-    const SheetResult result = OpenPreferences(host, options);
+    const SheetResult result = OpenPreferences(host, options, virtual_printer ? &*virtual_printer : nullptr);
 
     if (!host.GuardsIntact()) {
         throw HostError("the plug-in wrote outside the record or an option's text");

@@ -38,14 +38,16 @@ const std::vector<OptionRow>& Rows() {
          SetLanguage},
         {L"--play", nullptr,
          "do not wait for a person: set paper size and zoom, watermarks, a drawer\n"
-         "and a cut at document start, another language and back, and press OK",
+         "and a cut at document start; print every type of barcode; choose\n"
+         "another language and go back, and press OK",
          [](Options& options, const std::wstring&) { options.play = true; }},
         {L"--watermark", "BMP", "what --play chooses as image watermark; otherwise only a text is played",
          [](Options& options, const std::wstring& value) { options.watermark = value; }},
         {L"--pictures", "DIR",
          "write a BMP of every page of the plug-in and of the operation dialog at\n"
          "each moment into DIR, before a person or --play takes over; --play adds\n"
-         "each watermark and the sheet right after the change of language",
+         "each watermark, each group of controls of the barcode pages, and the\n"
+         "sheet right after the change of language",
          [](Options& options, const std::wstring& value) { options.pictures = value; }},
         {L"--headless", nullptr, "--play and --pictures, into the folder \"pictures\" unless one is named",
          [](Options& options, const std::wstring&) {
@@ -56,6 +58,18 @@ const std::vector<OptionRow>& Rows() {
          }},
         {L"--trace", "FILE", "write the plug-in's trace lines to FILE, UTF-8, those of its loading included",
          [](Options& options, const std::wstring& value) { options.trace = value; }},
+        {L"--jobs", "DIR",
+         "what the pages send to the printer goes into DIR: the bytes of each job\n"
+         "(001-Barcode.prn) and every call of the spooler (spooler.txt)",
+         [](Options& options, const std::wstring& value) { options.jobs = value; }},
+        {L"--prints", "FILE",
+         "do not wait for a person: make the test prints that FILE lists, a line\n"
+         "of a page (1D or 2D), a type and the data for each, divided by tabs",
+         [](Options& options, const std::wstring& value) { options.prints = value; }},
+        {L"--printer", "NAME",
+         "a printer of this system stands behind the sheet; otherwise a virtual\n"
+         "one, whose jobs are told on the console",
+         [](Options& options, const std::wstring& value) { options.printer = value; }},
         {L"--help", nullptr, "print this and end",
          [](Options& options, const std::wstring&) { options.help = true; }},
         {L"--version", nullptr, "print the version and end",
@@ -84,6 +98,9 @@ Options ParseOptions(const std::vector<std::wstring>& arguments) {
             value = arguments[++i];
         }
         row->apply(options, value);
+    }
+    if (options.jobs && options.printer) {
+        throw UsageError("--jobs is for the virtual printer, not for --printer");
     }
     return options;
 }

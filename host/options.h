@@ -18,7 +18,11 @@ struct Options {
     std::optional<std::filesystem::path> pictures;
     std::optional<std::filesystem::path> watermark;
     std::optional<std::filesystem::path> trace;
-    std::optional<std::wstring> language;  // ENG, CHN or CHF
+    // At most one of the two; neither is a virtual printer without files.
+    std::optional<std::filesystem::path> prints;
+    std::optional<std::filesystem::path> jobs;  // folder of the virtual printer
+    std::optional<std::wstring> printer;        // name of one of this system
+    std::optional<std::wstring> language;       // ENG, CHN or CHF
     bool play = false;
     bool help = false;
     bool version = false;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "play_barcodes.h"
 #include "plugin_pages.h"
 #include "resources/resource.h"
 #include "typical_event.h"
@@ -28,7 +29,7 @@ class Visit {
         : driver_(driver), sheet_(sheet), options_(options) {}
 
     void ChoosePaperAndZoom() const {
-        const Window page = SelectPageWith(sheet_, IDC_MAIN_ZOOM);
+        const Window page = SelectPageWith(sheet_, IDC_MAIN_LANGUAGE_LABEL);
         page.SelectCombo(IDC_MAIN_PAPER_SIZE, kPaper64By297);
         Check(page, IDC_MAIN_ZOOM);
         // The page takes the scale when its box loses the focus, here to the next page.
@@ -122,11 +123,12 @@ class Visit {
 
 }  // namespace
 
-void Play(const UiDriver& driver, const Sheet& sheet, const Options& options) {
+void Play(const UiDriver& driver, const Sheet& sheet, const Options& options, VirtualPrinter* printer) {
     const Visit visit(driver, sheet, options);
     visit.ChoosePaperAndZoom();
     visit.ChooseWaterMarks();
     PlayTypicalEvent(sheet);
+    PlayBarcodes(sheet, options, printer);
     visit.SwitchLanguageAndBack();
     sheet.PressOk();
 }

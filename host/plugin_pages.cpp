@@ -11,10 +11,9 @@ struct NamedPage {
 };
 
 constexpr NamedPage kNamedPages[] = {
-    {IDC_MAIN_ZOOM, L"main"},
-    {IDC_WATERMARK_PREVIEW, L"water-mark"},
-    {IDC_OPERATION_PAGE_DOC_START, L"operation"},
-    {IDC_VERSION_LINK, L"version"},
+    {IDC_MAIN_LANGUAGE_LABEL, L"main"},           {IDC_WATERMARK_PREVIEW, L"water-mark"},
+    {IDC_OPERATION_PAGE_DOC_START, L"operation"}, {IDC_BARCODE1D_GENERAL_GROUP, L"barcode-1d"},
+    {IDC_BARCODE2D_QR_GROUP, L"barcode-2d"},      {IDC_VERSION_LINK, L"version"},
 };
 
 }  // namespace

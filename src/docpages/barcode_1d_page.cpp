@@ -170,6 +170,7 @@ void PageOpened(HWND dialog, OEMDEV* record) {
     MoveControls(dialog, kGs1Controls);
     CutLabelBehind(dialog, IDC_BARCODE1D_GS1_COMPOSITE_ROW_RANGE, IDC_BARCODE1D_GS1_SEPARATOR_LABEL);
     CheckItem(dialog, IDC_BARCODE1D_GS1_INDEPENDENT, true);
+    CheckItem(dialog, IDC_BARCODE1D_GS1_COMPOSITE, false);
     EnableCompositeRow(dialog);
     SelectItem(dialog, IDC_BARCODE1D_FONT, 0);
     if (record != nullptr) {

@@ -220,6 +220,7 @@ void PageOpened(HWND dialog, OEMDEV* record) {
     MoveControls(dialog, kPdfControls);
     MoveControls(dialog, kQrControls);
     CheckItem(dialog, IDC_BARCODE2D_GS1_INDEPENDENT, true);
+    CheckItem(dialog, IDC_BARCODE2D_GS1_COMPOSITE, false);
     ShowKind(dialog);
     SelectItem(dialog, IDC_BARCODE2D_FONT, 0);
     if (record != nullptr) {

@@ -60,6 +60,8 @@ void ShowControls(HWND dialog, std::span<const ControlPlace> places, bool isShow
 
 void OpenNumber(HWND dialog, const NumberControls& controls, const NumberBox& box) noexcept {
     SendDlgItemMessageW(dialog, controls.edit, EM_LIMITTEXT, static_cast<WPARAM>(box.digits), 0);
+    // Three digits need all of the narrow boxes.
+    SendDlgItemMessageW(dialog, controls.edit, EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, 0);
     SetNumberRange(dialog, controls, box.range, box.rangeText);
 }
 
@@ -77,7 +79,14 @@ void ShowNumber(HWND dialog, const NumberControls& controls, std::uint32_t numbe
 }
 
 std::uint32_t TypedNumber(HWND dialog, const NumberControls& controls) noexcept {
-    return GetDlgItemInt(dialog, controls.edit, nullptr, FALSE);
+    BOOL isNumber = FALSE;
+    const UINT number = GetDlgItemInt(dialog, controls.edit, &isNumber, FALSE);
+    if (isNumber) {
+        return number;
+    }
+    wchar_t first[2] = {};
+    GetDlgItemTextW(dialog, controls.edit, first, static_cast<int>(std::size(first)));
+    return first[0] >= L'0' && first[0] <= L'9' ? UINT32_MAX : 0;
 }
 
 void ShowStoredNumber(HWND dialog, const NumberControls& controls, std::uint32_t stored) noexcept {

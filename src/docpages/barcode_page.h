@@ -53,7 +53,7 @@ constexpr std::uint32_t InRange(std::uint32_t number, NumberRange range) noexcep
 // Shows a number. The arrows go on from there, also where it lies outside their range.
 void ShowNumber(HWND dialog, const NumberControls& controls, std::uint32_t number) noexcept;
 
-// What a box holds, without a sign; 0 where that is no number.
+// What a box holds, without a sign: the most that 32 bits count where it is more, 0 where it is no number.
 std::uint32_t TypedNumber(HWND dialog, const NumberControls& controls) noexcept;
 
 // After typing: shows what was stored of the number. Where that is another one the caret stands for going on

@@ -5,13 +5,13 @@
 #include <array>
 #include <cstring>
 #include <filesystem>
-#include <iterator>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "pages/page_fixture.h"
 #include "plugin/default_record.h"
+#include "program_fixture.h"
 #include "utf8.h"
 
 namespace {
@@ -19,91 +19,6 @@ namespace {
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
-
-struct ProgramRun {
-    DWORD exit_code = 0;
-    std::string output;
-    std::string errors;
-};
-
-class HostProgramTest : public pages::PageTest {
-  protected:
-    void SetUp() override {
-        PageTest::SetUp();
-        // A folder that is new: what an earlier run left in one could pass for the program's work.
-        int number = 0;
-        do {
-            folder_ = std::filesystem::temp_directory_path() / (L"kvmr72 host " + std::to_wstring(++number));
-        } while (!std::filesystem::create_directory(folder_));
-    }
-    void TearDown() override {
-        std::error_code error;
-        std::filesystem::remove_all(folder_, error);
-        PageTest::TearDown();
-    }
-
-    std::filesystem::path File(const wchar_t* name) const { return folder_ / name; }
-
-    // Starts KVMR72Host.exe in the test's folder and waits for its end.
-    ProgramRun Run(const std::wstring& arguments) {
-        wchar_t own_path[1024] = {};
-        GetModuleFileNameW(nullptr, own_path, static_cast<DWORD>(std::size(own_path)));
-        const std::filesystem::path program =
-            std::filesystem::path(own_path).parent_path() / L"KVMR72Host.exe";
-        std::wstring command = L"\"" + program.native() + L"\" " + arguments;
-
-        // New files each time: processes that the system starts for the program inherit them and may keep
-        // them open beyond its end.
-        const std::wstring number = std::to_wstring(++runs_);
-        const std::wstring output = L"stdout-" + number + L".txt";
-        const std::wstring errors = L"stderr-" + number + L".txt";
-        SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
-        const auto create = [&](const std::wstring& name) {
-            const HANDLE file = CreateFileW(File(name.c_str()).c_str(), GENERIC_WRITE,
-                                            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                            &inherited, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-            EXPECT_NE(file, INVALID_HANDLE_VALUE) << ToUtf8(name) << ", error " << GetLastError();
-            return file;
-        };
-        STARTUPINFOW startup = {};
-        startup.cb = sizeof startup;
-        startup.dwFlags = STARTF_USESTDHANDLES;
-        startup.hStdInput = INVALID_HANDLE_VALUE;
-        startup.hStdOutput = create(output);
-        startup.hStdError = create(errors);
-        PROCESS_INFORMATION process = {};
-        ProgramRun run;
-        if (CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                           folder_.c_str(), &startup, &process)) {
-            // Above the program's own watchdog, which tells more.
-            if (WaitForSingleObject(process.hProcess, 90000) != WAIT_OBJECT_0) {
-                ADD_FAILURE() << "the program does not end";
-                TerminateProcess(process.hProcess, 98);
-                WaitForSingleObject(process.hProcess, 10000);
-            }
-            GetExitCodeProcess(process.hProcess, &run.exit_code);
-            CloseHandle(process.hThread);
-            CloseHandle(process.hProcess);
-        } else {
-            ADD_FAILURE() << program << " does not start, error " << GetLastError();
-        }
-        CloseHandle(startup.hStdOutput);
-        CloseHandle(startup.hStdError);
-        run.output = Text(output.c_str());
-        run.errors = Text(errors.c_str());
-        return run;
-    }
-
-    std::string Text(const wchar_t* name) const {
-        const auto bytes = rig::ReadBytes(File(name));
-        EXPECT_TRUE(bytes.has_value()) << "no file " << ToUtf8(name);
-        return bytes ? std::string(bytes->begin(), bytes->end()) : std::string();
-    }
-
-  private:
-    std::filesystem::path folder_;
-    int runs_ = 0;
-};
 
 TEST_F(HostProgramTest, EndsWithTwoForAWrongCommandLine) {
     for (const wchar_t* arguments :
@@ -242,6 +157,8 @@ constexpr PlayedLanguage kPlayedLanguages[] = {
 constexpr const wchar_t* kPictures[] = {L"main",
                                         L"water-mark",
                                         L"operation",
+                                        L"barcode-1d",
+                                        L"barcode-2d",
                                         L"version",
                                         L"operation-start-of-document",
                                         L"operation-start-of-page",
@@ -250,6 +167,12 @@ constexpr const wchar_t* kPictures[] = {L"main",
                                         L"water-mark-image",
                                         L"water-mark-tiled",
                                         L"water-mark-text",
+                                        L"barcode-1d-general",
+                                        L"barcode-1d-databar",
+                                        L"barcode-2d-pdf417",
+                                        L"barcode-2d-databar",
+                                        L"barcode-2d-qr",
+                                        L"barcode-2d-maxi-code",
                                         L"language-main",
                                         L"language-print-density"};
 
@@ -258,8 +181,15 @@ class HostPlayTest : public HostProgramTest {
     // The default record with what is played in it.
     Bytes PlayedRecord(const std::wstring& watermark) {
         Bytes record = Record();
-        record.at(147) = 1;  // first drawer, 10 ms
-        record.at(148) = 1;  // partial cut
+        record.at(147) = 1;    // first drawer, 10 ms
+        record.at(148) = 1;    // partial cut
+        record.at(596) = 12;   // 1D Code1: GS1 DataBar Expanded
+        record.at(604) = 2;    // HRI below
+        record.at(612) = 187;  // 163 and 24 are 74.8 points, so 75, which are 187 dots
+        record.at(888) = 30;   // 2D Code1: rows and level of PDF417, model of QR Code
+        record.at(889) = 2;
+        record.at(906) = 2;
+        record.at(884) = 5;  // 2D Code1: Maxi Code
         record.at(998) = 1;  // print as image
         PutText(record, 1000, watermark);
         record.at(1250) = 2;  // text
@@ -315,7 +245,8 @@ TEST_F(HostPlayTest, PlaysInEveryLanguage) {
         EXPECT_EQ(rig::LanguageValue(L"IsFirstRun_KVMR72"), L"FALSE");
 
         // What a person reads of the changes is no matter of language.
-        EXPECT_THAT(run.output, StartsWith("Changed in the record:"));
+        EXPECT_THAT(run.output, AllOf(StartsWith("Printed: Barcode (UPC-A), 33 bytes\r\n"),
+                                      HasSubstr("\nChanged in the record:\r\n")));
         if (output.empty()) {
             output = run.output;
         }
@@ -324,16 +255,27 @@ TEST_F(HostPlayTest, PlaysInEveryLanguage) {
             by_name[picture].emplace_back(File(name.c_str()) / (std::wstring(picture) + L".bmp"));
         }
     }
-    EXPECT_THAT(output,
-                AllOf(HasSubstr("bDocStart_Cashdrawer  12 -> 1"), HasSubstr("bPrintAsImage         0 -> 1"),
-                      HasSubstr("iWaterMarkAngle       45 -> 30"),
-                      HasSubstr("szFormName            \"\" -> \"64mm x 297mm\"")));
-    // Five more fields, and nothing else.
-    EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 14);
+    EXPECT_THAT(output, AllOf(HasSubstr("bDocStart_Cashdrawer       12 -> 1"),
+                              HasSubstr("bPrintAsImage              0 -> 1"),
+                              HasSubstr("iWaterMarkAngle            45 -> 30"),
+                              HasSubstr("szFormName                 \"\" -> \"64mm x 297mm\""),
+                              HasSubstr("Barcode1D[0].bType         0 -> 12"),
+                              HasSubstr("Barcode2D[0].bType2D       0 -> 5")));
+    // Nineteen prints, twenty fields below their headline, and nothing else.
+    EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 19 + 1 + 20);
 
     for (const auto& [name, pictures] : by_name) {
         EXPECT_FALSE(pictures[0] == pictures[1] || pictures[1] == pictures[2] || pictures[0] == pictures[2])
             << ToUtf8(name) << " is the same in two languages";
+    }
+    // Each group of controls.
+    constexpr const wchar_t* kGroups[] = {L"barcode-1d-general", L"barcode-1d-databar",
+                                          L"barcode-2d-pdf417",  L"barcode-2d-databar",
+                                          L"barcode-2d-qr",      L"barcode-2d-maxi-code"};
+    for (const wchar_t* const one : kGroups) {
+        for (const wchar_t* const other : kGroups) {
+            EXPECT_TRUE(one == other || !(by_name.at(one)[0] == by_name.at(other)[0])) << ToUtf8(one);
+        }
     }
 }
 

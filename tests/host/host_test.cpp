@@ -35,20 +35,22 @@ std::string UsageErrorOf(const std::vector<std::wstring>& arguments) {
 TEST(HostOptionsTest, NothingIsChosenWithoutOptions) {
     const Options options = ParseOptions({});
     EXPECT_FALSE(options.dll || options.record || options.pictures || options.watermark || options.trace ||
-                 options.language);
+                 options.language || options.jobs || options.printer);
     EXPECT_FALSE(options.play || options.help || options.version);
 }
 
 TEST(HostOptionsTest, TakesEveryOption) {
     const Options options = ParseOptions({L"--dll", L"C:\\a b\\x.dll", L"--record", L"r.bin", L"--pictures",
                                           L"p", L"--watermark", L"w.bmp", L"--trace", L"t.txt", L"--language",
-                                          L"CHF", L"--play", L"--help", L"--version"});
+                                          L"CHF", L"--jobs", L"j", L"--play", L"--help", L"--version"});
     EXPECT_EQ(options.dll, std::filesystem::path(L"C:\\a b\\x.dll"));
     EXPECT_EQ(options.record, std::filesystem::path(L"r.bin"));
     EXPECT_EQ(options.pictures, std::filesystem::path(L"p"));
     EXPECT_EQ(options.watermark, std::filesystem::path(L"w.bmp"));
     EXPECT_EQ(options.trace, std::filesystem::path(L"t.txt"));
     EXPECT_EQ(options.language, L"CHF");
+    EXPECT_EQ(options.jobs, std::filesystem::path(L"j"));
+    EXPECT_EQ(ParseOptions({L"--printer", L"Office 2"}).printer, L"Office 2");
     EXPECT_TRUE(options.play);
     EXPECT_TRUE(options.help);
     EXPECT_TRUE(options.version);
@@ -84,8 +86,8 @@ TEST(HostOptionsTest, RefusesUnknownOptions) {
 }
 
 TEST(HostOptionsTest, RefusesMissingValues) {
-    for (const wchar_t* option :
-         {L"--dll", L"--record", L"--language", L"--pictures", L"--watermark", L"--trace"}) {
+    for (const wchar_t* option : {L"--dll", L"--record", L"--language", L"--pictures", L"--watermark",
+                                  L"--trace", L"--jobs", L"--printer"}) {
         SCOPED_TRACE(ToUtf8(option));
         EXPECT_THAT(UsageErrorOf({option}), HasSubstr(ToUtf8(option)));
         EXPECT_THAT(UsageErrorOf({option, L""}), HasSubstr(ToUtf8(option)));
@@ -101,11 +103,17 @@ TEST(HostOptionsTest, RefusesOtherLanguages) {
     }
 }
 
+TEST(HostOptionsTest, RefusesFilesOfAPrinterOfTheSystem) {
+    EXPECT_THAT(UsageErrorOf({L"--jobs", L"j", L"--printer", L"p"}),
+                AllOf(HasSubstr("--jobs"), HasSubstr("--printer")));
+    EXPECT_THAT(UsageErrorOf({L"--printer", L"p", L"--jobs", L"j"}), HasSubstr("--jobs"));
+}
+
 TEST(HostOptionsTest, HelpNamesEveryOptionAndExitCode) {
     const std::string help = HelpText();
-    for (const char* option :
-         {"--dll PATH", "--record FILE", "--language ENG|CHN|CHF", "--play ", "--watermark BMP",
-          "--pictures DIR", "--headless ", "--trace FILE", "--help ", "--version "}) {
+    for (const char* option : {"--dll PATH", "--record FILE", "--language ENG|CHN|CHF", "--play ",
+                               "--watermark BMP", "--pictures DIR", "--headless ", "--trace FILE",
+                               "--jobs DIR", "--printer NAME", "--help ", "--version "}) {
         EXPECT_THAT(help, HasSubstr(std::string("\n  ") + option));
     }
     EXPECT_THAT(help, AllOf(HasSubstr("0 done"), HasSubstr("1 failed"), HasSubstr("2 wrong command line"),

@@ -34,7 +34,7 @@ PAGES = {"docpages", "devpages"}
 BELOW = {
     "base": set(),
     "devmode": {"base"},
-    "printer": {"base"},
+    "printer": {"base", "devmode"},
     "language": {"base", SYSTEM_LAYER, "resources"},
     SYSTEM_LAYER: {"base", "devmode", "language", "printer", "resources"},
     # The document sheet shows the printer side's Version page and relabels open printer sheets.
@@ -230,6 +230,30 @@ def check_source_list(tree):
     return findings
 
 
+def check_test_list(tree):
+    """Each test file is named in its folder's CMakeLists.txt, or in that of tests/: one that is not never runs."""
+    findings = []
+    lists = {}
+    names = [name for name in tree.walk("tests") if name.endswith("_test.cpp")]
+    if not names:
+        return ["tests: holds no tests"]
+    for name in names:
+        named = set()
+        folder = os.path.dirname(name)
+        for place in {folder, "tests"}:
+            if place not in lists:
+                file = f"{place}/CMakeLists.txt"
+                text = re.sub(r"#[^\n]*", "", tree.read(file) or "") if tree.exists(file) else ""
+                lists[place] = {
+                    os.path.normpath(os.path.join(place, word)).replace(os.sep, "/")
+                    for word in re.findall(r"[^\s()\"]+_test\.cpp", text)
+                }
+            named |= lists[place]
+        if name not in named:
+            findings.append(f"{name}: is in neither {folder}/CMakeLists.txt nor tests/CMakeLists.txt")
+    return findings
+
+
 def check_format(tree):
     """Every source is as clang-format leaves it."""
     tool = shutil.which("clang-format-14") or shutil.which("clang-format")
@@ -252,7 +276,7 @@ def check_format(tree):
     return findings
 
 
-CHECKS = (check_portable_files, check_layers, check_words, check_source_list, check_format)
+CHECKS = (check_portable_files, check_layers, check_words, check_source_list, check_test_list, check_format)
 
 
 def main():

@@ -32,6 +32,10 @@ CLEAN = {
     "src/intrface/win/shell.cpp": '#include "intrface/win/shell.h"\n',
     "src/language/lookup.cpp": '#include "intrface/win/shell.h"\n',
     "src/resources/resource.h": "#define IDC_OK 1\n",
+    "tests/CMakeLists.txt": "add_executable(bitmap_tests\n  plugin/bitmap_test.cpp\n  ../src/base/text.cpp)\n",
+    "tests/plugin/bitmap_test.cpp": "",
+    "tests/unit/CMakeLists.txt": "add_executable(unit_tests text_test.cpp) # lost_test.cpp\n",
+    "tests/unit/text_test.cpp": "",
     "ignored/notes.txt": "TO" + "DO\n",
 }
 
@@ -64,12 +68,12 @@ class CheckSourcesTest(unittest.TestCase):
         run = self.run_checker()
         lines = run.stdout.splitlines()
         self.assertEqual(lines[:-1], list(findings), run.stderr)
-        self.assertEqual(lines[-1], f"{5 - checks} passed, {checks} failed")
+        self.assertEqual(lines[-1], f"{6 - checks} passed, {checks} failed")
         self.assertEqual(run.returncode, 1)
 
     def test_clean_tree_passes(self):
         run = self.run_checker()
-        self.assertEqual((run.stdout, run.returncode), ("5 passed, 0 failed\n", 0), run.stderr)
+        self.assertEqual((run.stdout, run.returncode), ("6 passed, 0 failed\n", 0), run.stderr)
 
     def test_windows_header_in_a_portable_file(self):
         for header in ("windows.h", "Windows.h", "commctrl.h", "prsht.h", "winspool.h", "compstui.h", "shlobj.h"):
@@ -139,12 +143,12 @@ class CheckSourcesTest(unittest.TestCase):
                 self.write("docs/notes.md", f"first\n{word}\n")
                 run = self.run_checker()
                 self.assertIn("check_words: docs/notes.md:2: ", run.stdout)
-                self.assertEqual(run.stdout.splitlines()[-1], "4 passed, 1 failed")
+                self.assertEqual(run.stdout.splitlines()[-1], "5 passed, 1 failed")
                 self.assertEqual(run.returncode, 1)
 
     def test_allowed_words(self):
         self.write("docs/notes.md", "Part 4, 1.2 parts; inspect __declspec(x); homework/x; mktemp a." + 6 * "X")
-        self.assertEqual(self.run_checker().stdout, "5 passed, 0 failed\n")
+        self.assertEqual(self.run_checker().stdout, "6 passed, 0 failed\n")
 
     def test_forbidden_words_in_utf16_and_in_tracked_files(self):
         self.write("language/ENG.res", "\ufeff[A]\nB=TO" + "DO\n", encoding="utf-16-le")
@@ -167,8 +171,24 @@ class CheckSourcesTest(unittest.TestCase):
         self.write("cmake/sources.cmake", text)
         self.expect("check_source_list: src/base/text.cpp: is listed twice")
 
+    def test_test_that_is_in_no_list(self):
+        # A comment lists nothing, nor does the list of another folder.
+        for name in ("tests/unit/lost_test.cpp", "tests/plugin/text_test.cpp", "tests/unit/bitmap_test.cpp"):
+            with self.subTest(name=name):
+                self.setUp()
+                self.write(name, "")
+                folder = os.path.dirname(name)
+                self.expect(
+                    f"check_test_list: {name}: is in neither {folder}/CMakeLists.txt nor tests/CMakeLists.txt"
+                )
+
+    def test_tree_without_tests(self):
+        for name in ("tests/plugin/bitmap_test.cpp", "tests/unit/text_test.cpp"):
+            os.remove(os.path.join(self.root, name))
+        self.expect("check_test_list: tests: holds no tests")
+
     def test_format(self):
-        for name in ("src/devmode/record.h", "host/main.cpp", "tests/unit/a_test.cpp"):
+        for name in ("src/devmode/record.h", "host/main.cpp", "tests/unit/text_test.cpp"):
             with self.subTest(name=name):
                 self.setUp()
                 self.write(name, "int   a ;\n")
@@ -182,7 +202,7 @@ class CheckSourcesTest(unittest.TestCase):
         run = self.run_checker(env={**os.environ, "PATH": tools.name})
         self.assertEqual(
             run.stdout,
-            "check_format: clang-format is not installed: the format cannot be checked\n4 passed, 1 failed\n",
+            "check_format: clang-format is not installed: the format cannot be checked\n5 passed, 1 failed\n",
         )
         self.assertEqual(run.returncode, 1)
 

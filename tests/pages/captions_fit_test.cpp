@@ -26,7 +26,7 @@ constexpr int kHostTabs = 2;
 
 // The DLL's templates, so that a new one is not forgotten here: pages are measured wherever they stand in the
 // sheet, dialogs are opened by the buttons below.
-constexpr int kPageTemplates[] = {128, 131, 103, 105};
+constexpr int kPageTemplates[] = {128, 131, 103, 117, 118, 105};
 constexpr int kOperationDialog = 104;
 constexpr int kDialogTemplates[] = {kOperationDialog};
 
@@ -69,16 +69,26 @@ std::wstring TextOf(HWND control) {
     return text;
 }
 
+// Of a control with a region: as far as that goes.
 SIZE ClientSize(HWND window) {
     RECT client = {};
     GetClientRect(window, &client);
-    return {client.right, client.bottom};
+    RECT region = {};
+    if (GetWindowRgnBox(window, &region) != ERROR) {
+        IntersectRect(&client, &client, &region);
+    }
+    return {client.right - client.left, client.bottom - client.top};
 }
 
 // In the coordinates of the parent's client area.
 RECT Place(HWND control) {
     RECT place = {};
     GetWindowRect(control, &place);
+    RECT region = {};
+    if (GetWindowRgnBox(control, &region) != ERROR) {
+        OffsetRect(&region, place.left, place.top);
+        IntersectRect(&place, &place, &region);
+    }
     MapWindowPoints(nullptr, GetParent(control), reinterpret_cast<POINT*>(&place), 2);
     return place;
 }
@@ -289,6 +299,35 @@ TEST_F(CaptionsFitTest, OnEveryPage) {
                 EXPECT_EQ(sheet.SelectPage(kOperationTab).Text(kMomentButtons[0]),
                           pages::SourceText(language.file, L"OPERATION", L"RC_STARTDOC"));
             }
+        });
+    }
+}
+
+// The barcode pages show another group of controls for each kind of type.
+TEST_F(CaptionsFitTest, InEveryGroupOfTheBarcodePages) {
+    struct Group {
+        int tab;
+        int list;
+        int type;
+        int composite;
+    };
+    constexpr Group kGroups[] = {{kHostTabs + 3, 1022, 4, 1100}, {kHostTabs + 3, 1022, 12, 1100},
+                                 {kHostTabs + 4, 1202, 0, 1098}, {kHostTabs + 4, 1202, 3, 1098},
+                                 {kHostTabs + 4, 1202, 4, 1098}, {kHostTabs + 4, 1202, 5, 1098}};
+    for (const Language& language : kLanguages) {
+        StartIn(language);
+        OpenSheet([&](UiDriver&, Sheet& sheet) {
+            for (const Group& group : kGroups) {
+                const Window page = sheet.SelectPage(group.tab);
+                page.SelectCombo(group.list, group.type);
+                SendMessageW(page.Control(group.composite), BM_CLICK, 0, 0);
+                Inspection inspection(
+                    PlaceName("tab " + std::to_string(group.tab) + " with type " + std::to_string(group.type),
+                              language),
+                    page.handle());
+                EXPECT_THAT(inspection.Problems(), IsEmpty());
+            }
+            sheet.PressCancel();
         });
     }
 }

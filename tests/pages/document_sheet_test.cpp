@@ -51,6 +51,8 @@ constexpr std::size_t kContextOffset = 88;
 constexpr int kMainTemplate = 128;
 constexpr int kWaterMarkTemplate = 131;
 constexpr int kOperationTemplate = 103;
+constexpr int kBarcode1DTemplate = 117;
+constexpr int kBarcode2DTemplate = 118;
 constexpr int kVersionTemplate = 105;
 
 // In the order of the tabs.
@@ -64,6 +66,8 @@ constexpr PageCase kPages[] = {
     {kMainTemplate, L"Main", L"LAYOUT", L"RC_LAYOUTFORM"},
     {kWaterMarkTemplate, L"Water Mark", L"WATERMARK", L"RC_WATERMARKFORM"},
     {kOperationTemplate, L"Operation", L"OPERATION", L"RC_OPERATIONFORM"},
+    {kBarcode1DTemplate, L"1D Code", L"1DCODE", L"RC_1DCODEFORM"},
+    {kBarcode2DTemplate, L"2D Code", L"2DCODE", L"RC_2DCODEFORM"},
     {kVersionTemplate, L"Version", L"VERSION", L"RC_VERSIONFORM"},
 };
 constexpr const wchar_t* kHostTitles[] = {L"Layout", L"Paper/Quality"};
@@ -165,6 +169,8 @@ TEST_F(DocumentSheetTest, TracesTheInitialisationInOrder) {
     expected.push_back(L"UI:  initialize doc property sheet\r\n");
     // From the last page to the first; the line of the Main page stands for the Water Mark page too.
     expected.push_back(L"UI:  Init version property page\r\n");
+    expected.push_back(L"UI:  Init 2DCode property page\r\n");
+    expected.push_back(L"UI:  Init barcode property page\r\n");
     expected.push_back(L"UI:  Init operation property page\r\n");
     expected.push_back(L"UI:  Init LayoutPage property page\r\n");
     expected.push_back(L"UI:  Init LayoutPage property page\r\n");
@@ -225,7 +231,7 @@ TEST_F(DocumentSheetTest, TakesOverTheResult) {
 TEST_F(DocumentSheetTest, AddsItsPagesInTheOrderOfTheTabs) {
     FakeSheet sheet;
     ASSERT_EQ(Initialize(sheet), S_OK);
-    EXPECT_THAT(sheet.Templates(), ElementsAre(128, 131, 103, 105));
+    EXPECT_THAT(sheet.Templates(), ElementsAre(128, 131, 103, 117, 118, 105));
     EXPECT_EQ(sheet.calls.size(), sheet.Templates().size()) << "the host is asked for nothing else";
 }
 
@@ -312,7 +318,7 @@ TEST_F(DocumentSheetTest, ResultsInTheHandleOfTheLastPage) {
 TEST_F(DocumentSheetTest, StandsBehindTheHostsTabsInTheRealSheet) {
     OpenSheet([](UiDriver&, Sheet& sheet) {
         EXPECT_THAT(sheet.TabTitles(), ElementsAre(L"Layout", L"Paper/Quality", L"Main", L"Water Mark",
-                                                   L"Operation", L"Version"));
+                                                   L"Operation", L"1D Code", L"2D Code", L"Version"));
         sheet.PressCancel();
     });
     EXPECT_THAT(Host().sheet_reasons(), IsSupersetOf({WORD{0}, WORD{1}, WORD{2}}));

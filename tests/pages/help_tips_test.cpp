@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <memory>
@@ -13,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "help_reader.h"
 #include "operation_block.h"
 #include "page_fixture.h"
 #include "real_input.h"
@@ -64,12 +66,6 @@ constexpr Help kHelps[] = {
     {1, L"CTEXT_IDOK", L"Confirm your settings."},
     {2, L"CTEXT_IDCANCEL", L"Cancel your settings."},
 };
-
-bool IsTip(HWND window) {
-    wchar_t name[64] = {};
-    GetClassNameW(window, name, static_cast<int>(std::size(name)));
-    return std::wstring(name) == TOOLTIPS_CLASSW;
-}
 
 // The tooltip windows of the dialog's thread; those of one owner, or all.
 std::vector<HWND> Tips(const Window& any, HWND owner = nullptr) {
@@ -124,24 +120,10 @@ std::map<HWND, Tool> Tools(HWND tip) {
     return tools;
 }
 
-POINT CentreOf(HWND control) {
-    RECT area = {};
-    GetWindowRect(control, &area);
-    return {(area.left + area.right) / 2, (area.top + area.bottom) / 2};
-}
-
-// Moves the real pointer about on a control until `done`. Each move is one pixel, as only a moved pointer is
-// told to a window.
+// Moves the real pointer about on a control until `done`.
 void HoverUntil(const UiDriver& ui, const Window& dialog, int control, const std::function<bool()>& done) {
-    const POINT centre = CentreOf(dialog.Control(control));
-    int move = 0;
-    ui.WaitUntil(
-        [&] {
-            MovePointer({centre.x + move++ % 2, centre.y});
-            SendMessageW(dialog.handle(), WM_NULL, 0, 0);
-            return done();
-        },
-        "help of control " + std::to_string(control));
+    pages::HoverUntil(ui, dialog, CentreOf(dialog.Control(control)), done,
+                      "help of control " + std::to_string(control));
 }
 
 void HoverForTool(const UiDriver& ui, const Window& dialog, int control) {

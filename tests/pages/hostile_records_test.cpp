@@ -149,6 +149,15 @@ constexpr ListRange kListRanges[] = {
 };
 
 constexpr int kFirstTab = 2;
+
+// The barcode pages show one font at a time.
+struct FontList {
+    int tab;
+    int list;
+    int fonts;
+};
+constexpr FontList kFontLists[] = {{5, 1020, 8}, {6, 1201, 2}};
+
 constexpr int kWaterMarkFonts = 1021;
 constexpr int kWaterMarkPicture = 1085;
 
@@ -207,6 +216,7 @@ class HostileRecordsTest : public OperationTest {
             ++pages;
             RedrawWindow(page, nullptr, nullptr,
                          RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
+            ShowEveryFont(tab, page);
             EXPECT_EQ(Differences(expected, Record()), "") << "showing";
             if (tab == kOperationTab) {
                 UseMoments(sheet, page, expected);
@@ -217,12 +227,23 @@ class HostileRecordsTest : public OperationTest {
                 face = text;
             }
         }
-        EXPECT_EQ(pages, 4);
+        EXPECT_EQ(pages, 6);
         SendMessageW(sheet.handle(), PSM_APPLY, 0, 0);
         const DriverOptions& options = Host().options();
         const auto selected = static_cast<std::size_t>(options.item(DriverOptions::kForms).Sel);
         expected = AfterApply(std::move(expected), options.Values(DriverOptions::kForms).at(selected), face);
         EXPECT_EQ(Differences(expected, Record()), "") << "applying";
+    }
+
+    static void ShowEveryFont(int tab, HWND page) {
+        for (const FontList& each : kFontLists) {
+            for (int font = each.fonts - 1; each.tab == tab && font >= 0; --font) {
+                const HWND list = GetDlgItem(page, each.list);
+                EXPECT_EQ(SendMessageW(list, CB_SETCURSEL, static_cast<WPARAM>(font), 0), font);
+                SendMessageW(page, WM_COMMAND, MAKEWPARAM(each.list, CBN_SELCHANGE),
+                             reinterpret_cast<LPARAM>(list));
+            }
+        }
     }
 
     void UseMoments(const Sheet& sheet, HWND page, Bytes& expected) {

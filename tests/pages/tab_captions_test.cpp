@@ -5,14 +5,17 @@
 #include <commctrl.h>
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
-#include <map>
+#include <memory>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "page_fixture.h"
 #include "rig/import_hooks.h"
+#include "rig/test_desktop.h"
 #include "rig/trace_capture.h"
 #include "ui_thread.h"
 
@@ -41,6 +44,26 @@ Texts RelabelledPrinterTabs(const wchar_t* file) {
             SourceText(file, L"VERSION", L"RC_VERSIONFORM")};
 }
 
+HWND AddChild(HWND parent, const wchar_t* window_class) {
+    const HWND child = CreateWindowExW(0, window_class, L"", WS_CHILD | WS_VISIBLE, 0, 0, 100, 50, parent,
+                                       nullptr, GetModuleHandleW(nullptr), nullptr);
+    EXPECT_NE(child, nullptr);
+    return child;
+}
+
+HWND AddTabs(HWND parent, const Texts& titles, const wchar_t* window_class = WC_TABCONTROLW) {
+    const HWND tabs = AddChild(parent, window_class);
+    for (std::size_t i = 0; i < titles.size(); ++i) {
+        std::wstring title = titles[i];
+        TCITEMW item = {};
+        item.mask = TCIF_TEXT;
+        item.pszText = title.data();
+        EXPECT_EQ(SendMessageW(tabs, TCM_INSERTITEMW, i, reinterpret_cast<LPARAM>(&item)),
+                  static_cast<LRESULT>(i));
+    }
+    return tabs;
+}
+
 // A top-level window that stands open beside the document sheet, with child windows in it. Lives and dies on
 // the thread that makes it.
 class Bystander {
@@ -54,26 +77,10 @@ class Bystander {
     Bystander& operator=(const Bystander&) = delete;
     ~Bystander() { DestroyWindow(window_); }
 
-    HWND AddChild(const wchar_t* window_class) const {
-        const HWND child = CreateWindowExW(0, window_class, L"", WS_CHILD | WS_VISIBLE, 0, 0, 100, 50,
-                                           window_, nullptr, GetModuleHandleW(nullptr), nullptr);
-        EXPECT_NE(child, nullptr);
-        return child;
-    }
-
+    HWND AddChild(const wchar_t* window_class) const { return pages::AddChild(window_, window_class); }
     HWND AddTabs(const Texts& titles, const wchar_t* window_class = WC_TABCONTROLW) const {
-        const HWND tabs = AddChild(window_class);
-        for (std::size_t i = 0; i < titles.size(); ++i) {
-            std::wstring title = titles[i];
-            TCITEMW item = {};
-            item.mask = TCIF_TEXT;
-            item.pszText = title.data();
-            EXPECT_EQ(SendMessageW(tabs, TCM_INSERTITEMW, i, reinterpret_cast<LPARAM>(&item)),
-                      static_cast<LRESULT>(i));
-        }
-        return tabs;
+        return pages::AddTabs(window_, titles, window_class);
     }
-
     HWND handle() const { return window_; }
 
   private:
@@ -98,6 +105,14 @@ Texts TitlesOf(HWND tabs) {
 
 class TabCaptionsTest : public PageTest {
   protected:
+    // Changes to Traditional Chinese, on the sheet's thread.
+    static void ApplyLanguage(const Window& page, const Sheet& sheet) {
+        SendDlgItemMessageW(page.handle(), kLanguageList, CB_SETCURSEL, kTraditional, 0);
+        SendMessageW(page.handle(), WM_COMMAND, MAKEWPARAM(kLanguageList, CBN_SELCHANGE),
+                     reinterpret_cast<LPARAM>(page.Control(kLanguageList)));
+        SendMessageW(sheet.handle(), PSM_APPLY, 0, 0);
+    }
+
     // Opens the document sheet in English, and on its thread: makes bystanders with `make`, changes to
     // Traditional Chinese, and has `check` look at them before they go.
     template <typename Made>
@@ -109,10 +124,7 @@ class TabCaptionsTest : public PageTest {
             ui_thread.Do([&] {
                 const Made made = make();
                 trace_.Take();
-                SendDlgItemMessageW(page.handle(), kLanguageList, CB_SETCURSEL, kTraditional, 0);
-                SendMessageW(page.handle(), WM_COMMAND, MAKEWPARAM(kLanguageList, CBN_SELCHANGE),
-                             reinterpret_cast<LPARAM>(page.Control(kLanguageList)));
-                SendMessageW(sheet.handle(), PSM_APPLY, 0, 0);
+                ApplyLanguage(page, sheet);
                 check(made, sheet);
             });
             sheet.PressCancel();
@@ -149,6 +161,8 @@ TEST_F(TabCaptionsTest, RelabelsThePagesOfTheDocumentSheetOnly) {
                             SourceText(kTraditionalChinese, L"LAYOUT", L"RC_LAYOUTFORM"),
                             SourceText(kTraditionalChinese, L"WATERMARK", L"RC_WATERMARKFORM"),
                             SourceText(kTraditionalChinese, L"OPERATION", L"RC_OPERATIONFORM"),
+                            SourceText(kTraditionalChinese, L"1DCODE", L"RC_1DCODEFORM"),
+                            SourceText(kTraditionalChinese, L"2DCODE", L"RC_2DCODEFORM"),
                             SourceText(kTraditionalChinese, L"VERSION", L"RC_VERSIONFORM")));
         });
 }
@@ -246,6 +260,204 @@ TEST_F(TabCaptionsTest, LeavesWindowsOfOtherProgramsAlone) {
             return Made(std::move(window), tabs);
         },
         [&](const Made& made, const Sheet&) { EXPECT_EQ(TitlesOf(made.second), kPrinterTabs); });
+    StopHost();
+}
+
+// A host may have tabs within its sheet: each tab control is the sheet's own as far as can be told.
+TEST_F(TabCaptionsTest, RelabelsEveryTabControlOfTheDocumentSheet) {
+    const Texts more = {L"a", L"b", L"c", L"d", L"e", L"f", L"g", L"h"};
+    const UiThread ui_thread;
+    OpenSheet([&](UiDriver&, Sheet& sheet) {
+        const Window page = sheet.SelectPage(kMainTab);
+        ui_thread.Do([&] {
+            // In front of the sheet's own, and behind all that it has.
+            const HWND first = AddTabs(sheet.handle(), more);
+            const HWND last = AddTabs(sheet.handle(), more);
+            SetWindowPos(first, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+            SetWindowPos(last, HWND_BOTTOM, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+            ApplyLanguage(page, sheet);
+            const Texts all =
+                TitlesOf(reinterpret_cast<HWND>(SendMessageW(sheet.handle(), PSM_GETTABCONTROL, 0, 0)));
+            const auto expect_relabelled = [&](HWND tabs) {
+                Texts expected = {L"a", L"b"};
+                expected.insert(expected.end(), all.begin() + 2, all.end());
+                EXPECT_EQ(TitlesOf(tabs), expected);
+                EXPECT_EQ(expected[2], SourceText(kTraditionalChinese, L"LAYOUT", L"RC_LAYOUTFORM"));
+                DestroyWindow(tabs);
+            };
+            expect_relabelled(first);
+            expect_relabelled(last);
+        });
+        sheet.PressCancel();
+    });
+}
+
+// The document sheet first, in the language as it is stored then; the printer's sheets after it, in the
+// language as it is stored by that time; then the page.
+TEST_F(TabCaptionsTest, LooksTheLanguageUpForEachSheet) {
+    static std::vector<std::string> searches;
+    static HWND document = nullptr;
+    static HWND main = nullptr;
+    static bool is_watched = false;
+    searches.clear();
+    is_watched = false;
+    rig::ImportHooks hooks;
+    hooks.On("USER32.dll", "EnumChildWindows", &EnumChildWindows,
+             [](auto original, HWND parent, auto... arguments) -> WINBOOL {
+                 if (is_watched) {
+                     searches.emplace_back(parent == document ? "document" : "printer");
+                 }
+                 return original(parent, arguments...);
+             });
+    hooks.On("USER32.dll", "EnumWindows", &EnumWindows, [](auto original, auto... arguments) -> WINBOOL {
+        if (is_watched) {
+            searches.emplace_back("windows");
+            ChooseLanguage(kSimplifiedChinese);
+        }
+        return original(arguments...);
+    });
+    hooks.On("USER32.dll", "SendMessageW", &SendMessageW,
+             [](auto original, HWND window, UINT message, auto... arguments) -> LRESULT {
+                 if (is_watched && window == main && message == WM_PAINT) {
+                     searches.emplace_back("paint");
+                     ChooseLanguage(kTraditionalChinese);
+                 }
+                 return original(window, message, arguments...);
+             });
+    StartHost();
+    for (const char* function : {"EnumChildWindows", "EnumWindows", "SendMessageW"}) {
+        ASSERT_GE(hooks.Bound(function), 1) << function;
+    }
+    const UiThread ui_thread;
+    OpenSheet([&](UiDriver&, Sheet& sheet) {
+        const Window page = sheet.SelectPage(kMainTab);
+        document = sheet.handle();
+        main = page.handle();
+        ui_thread.Do([&] {
+            const Bystander window(kPrinterTitle);
+            const HWND tabs = window.AddTabs(kPrinterTabs);
+            is_watched = true;
+            ApplyLanguage(page, sheet);
+            is_watched = false;
+            EXPECT_THAT(searches, ElementsAre("document", "windows", "printer", "paint"));
+            EXPECT_EQ(TitlesOf(tabs), RelabelledPrinterTabs(kSimplifiedChinese));
+            EXPECT_EQ(
+                TitlesOf(reinterpret_cast<HWND>(SendMessageW(sheet.handle(), PSM_GETTABCONTROL, 0, 0)))[2],
+                SourceText(kTraditionalChinese, L"LAYOUT", L"RC_LAYOUTFORM"));
+        });
+        sheet.PressCancel();
+    });
+    StopHost();
+}
+
+// A printer sheet on a thread of its own, which answers messages or sleeps.
+class ElsewhereSheet {
+  public:
+    explicit ElsewhereSheet(bool answers)
+        : thread_([this, answers] {
+              rig::JoinOwnDesktop();
+              const Bystander window(kPrinterTitle);
+              tabs_ = window.AddTabs(kPrinterTabs);
+              SetEvent(made_);
+              if (answers) {
+                  // A wait that ends for each message, and then for the end.
+                  MSG message = {};
+                  while (MsgWaitForMultipleObjects(1, &end_, FALSE, INFINITE, QS_ALLINPUT) != WAIT_OBJECT_0) {
+                      while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+                          DispatchMessageW(&message);
+                      }
+                  }
+              } else {
+                  // Not for ever, or whoever waits for it would not come back to say so.
+                  wasWaitedFor_ = WaitForSingleObject(end_, kSleep) != WAIT_OBJECT_0;
+              }
+              titles_ = TitlesOf(tabs_);
+          }) {
+        EXPECT_EQ(WaitForSingleObject(made_, 10000), WAIT_OBJECT_0);
+    }
+    ElsewhereSheet(const ElsewhereSheet&) = delete;
+    ElsewhereSheet& operator=(const ElsewhereSheet&) = delete;
+    ~ElsewhereSheet() {
+        if (thread_.joinable()) {
+            End();
+        }
+        CloseHandle(made_);
+        CloseHandle(end_);
+    }
+
+    HWND tabs() const { return tabs_; }
+    // Its tabs' titles at its end.
+    Texts End() {
+        SetEvent(end_);
+        thread_.join();
+        EXPECT_FALSE(wasWaitedFor_);
+        return titles_;
+    }
+
+  private:
+    static constexpr DWORD kSleep = 8000;
+
+    HANDLE made_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HANDLE end_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HWND tabs_ = nullptr;
+    bool wasWaitedFor_ = false;
+    Texts titles_;
+    // Goes first.
+    std::thread thread_;
+};
+
+TEST_F(TabCaptionsTest, RelabelsSheetsOfOtherThreads) {
+    ElsewhereSheet sheet(true);
+    ChangeLanguageBeside<int>([] { return 0; }, [](int, const Sheet&) {});
+    EXPECT_EQ(sheet.End(), RelabelledPrinterTabs(kTraditionalChinese));
+}
+
+// The other thread may wait for this very sheet. Its sheet is given up at the first message that is not
+// answered in time; the others get their texts.
+TEST_F(TabCaptionsTest, DoesNotWaitForThreadsThatDoNotAnswer) {
+    struct Asked {
+        UINT message, flags, patience;
+        bool operator==(const Asked&) const = default;
+    };
+    ElsewhereSheet asleep(false);
+    std::vector<Asked> asked;
+    rig::ImportHooks hooks;
+    hooks.On("USER32.dll", "SendMessageTimeoutW", &SendMessageTimeoutW,
+             [&](auto original, HWND window, UINT message, WPARAM wparam, LPARAM lparam, UINT flags,
+                 UINT patience, PDWORD_PTR result) -> LRESULT {
+                 if (window == asleep.tabs()) {
+                     asked.push_back({message, flags, patience});
+                 }
+                 return original(window, message, wparam, lparam, flags, patience, result);
+             });
+    StartHost();
+    ASSERT_EQ(hooks.Bound("SendMessageTimeoutW"), 1);
+    struct Made {
+        std::unique_ptr<Bystander> before, after;
+        HWND tabs_before, tabs_after;
+    };
+    ChangeLanguageBeside<Made>(
+        [] {
+            Made made;
+            made.before = std::make_unique<Bystander>(kPrinterTitle);
+            made.tabs_before = made.before->AddTabs(kPrinterTabs);
+            made.after = std::make_unique<Bystander>(kPrinterTitle);
+            made.tabs_after = made.after->AddTabs(kPrinterTabs);
+            SetWindowPos(made.before->handle(), HWND_TOP, 0, 0, 0, 0,
+                         SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+            SetWindowPos(made.after->handle(), HWND_BOTTOM, 0, 0, 0, 0,
+                         SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+            return made;
+        },
+        [&](const Made& made, const Sheet& sheet) {
+            EXPECT_EQ(asleep.End(), kPrinterTabs);
+            EXPECT_EQ(TitlesOf(made.tabs_before), RelabelledPrinterTabs(kTraditionalChinese));
+            EXPECT_EQ(TitlesOf(made.tabs_after), RelabelledPrinterTabs(kTraditionalChinese));
+            EXPECT_EQ(
+                TitlesOf(reinterpret_cast<HWND>(SendMessageW(sheet.handle(), PSM_GETTABCONTROL, 0, 0)))[2],
+                SourceText(kTraditionalChinese, L"LAYOUT", L"RC_LAYOUTFORM"));
+        });
+    EXPECT_THAT(asked, ElementsAre(Asked{TCM_GETITEMCOUNT, SMTO_ABORTIFHUNG, 500}));
     StopHost();
 }
 

@@ -8,6 +8,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
+#include <cstring>
+#include <initializer_list>
 #include <iterator>
 #include <mutex>
 #include <string>
@@ -26,7 +29,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-constexpr int kVersionTab = 5;
+constexpr int kVersionTab = 7;
 constexpr int kTemplate = 105;
 constexpr int kLink = 1115;
 constexpr int kRule = 1116;
@@ -403,8 +406,9 @@ TEST_F(VersionPageTest, AnswersEveryMouseMessageThatIsNoClick) {
         const RECT area = LinkArea(page, kEnglishLinkLength);
         const POINT inside = {area.left + 3, area.top + 3};
         const POINT outside = {area.left + 3, area.bottom + 3};
-        for (const UINT message : {WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_LBUTTONDBLCLK, WM_RBUTTONDOWN,
-                                   WM_RBUTTONUP, WM_RBUTTONDBLCLK}) {
+        for (const UINT message :
+             std::initializer_list<UINT>{WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_LBUTTONDBLCLK, WM_RBUTTONDOWN,
+                                         WM_RBUTTONUP, WM_RBUTTONDBLCLK}) {
             SCOPED_TRACE(message);
             for (int i = 0; i < 3; ++i) {
                 Tell(page, message, inside);
@@ -420,7 +424,8 @@ TEST_F(VersionPageTest, AnswersEveryMouseMessageThatIsNoClick) {
             EXPECT_EQ(TakeFontsMade(), 1) << "plain once";
         }
         // None but these.
-        for (const UINT message : {WM_MBUTTONDOWN, WM_MBUTTONUP, WM_XBUTTONUP, WM_MOUSEHOVER}) {
+        for (const UINT message :
+             std::initializer_list<UINT>{WM_MBUTTONDOWN, WM_MBUTTONUP, WM_XBUTTONUP, WM_MOUSEHOVER}) {
             Tell(page, message, inside);
             EXPECT_FALSE(IsUnderlined(page));
         }
@@ -504,7 +509,7 @@ TEST_F(VersionPageTest, AnswersTheRealPointer) {
         EXPECT_EQ(TakeCursors().back(), hand_);
         INPUT button = {};
         button.type = INPUT_MOUSE;
-        for (const DWORD flag : {MOUSEEVENTF_LEFTDOWN, MOUSEEVENTF_LEFTUP}) {
+        for (const DWORD flag : std::initializer_list<DWORD>{MOUSEEVENTF_LEFTDOWN, MOUSEEVENTF_LEFTUP}) {
             button.mi.dwFlags = flag;
             ASSERT_EQ(SendInput(1, &button, sizeof button), 1u);
         }
@@ -638,13 +643,52 @@ TEST_F(VersionProcedureTest, AnswersMessages) {
         EXPECT_EQ(procedure_(window_, WM_COMMAND, MAKEWPARAM(control, 1), 0), FALSE) << control;
         EXPECT_EQ(procedure_(window_, WM_COMMAND, MAKEWPARAM(control, 0x8000), 0), FALSE) << control;
     }
-    for (const UINT message : {WM_PAINT, WM_MOUSEMOVE, WM_LBUTTONUP, WM_SIZE, WM_SETFONT}) {
+    for (const UINT message :
+         std::initializer_list<UINT>{WM_PAINT, WM_MOUSEMOVE, WM_LBUTTONUP, WM_SIZE, WM_SETFONT}) {
         EXPECT_EQ(procedure_(window_, message, 0, 0), FALSE) << message;
     }
 }
 
+// Made as a sheet makes it, and not painted yet.
+TEST_F(VersionProcedureTest, ShowsItsCaptionsBeforeItIsPainted) {
+    ChooseLanguage(kTraditionalChinese);
+    FakeSheet sheet;
+    ASSERT_EQ(Host().plugin().DocumentPropertySheets(&sheet.info, 0), S_OK);
+    Bytes bytes = sheet.PageOf(kTemplate).page;
+    const auto& description = *reinterpret_cast<const PROPSHEETPAGEW*>(bytes.data());
+    const HWND page = CreateDialogParamW(description.hInstance, description.pszTemplate, window_,
+                                         description.pfnDlgProc, reinterpret_cast<LPARAM>(bytes.data()));
+    ASSERT_NE(page, nullptr);
+    EXPECT_FALSE(IsWindowVisible(page)) << "what is not seen is not painted";
+    const UiDriver driver(GetCurrentThreadId());
+    EXPECT_EQ(TextsOf({driver, page}), SourceTexts(kTraditionalChinese));
+    DestroyWindow(page);
+}
+
+// The template's size, title and font.
+TEST_F(VersionProcedureTest, HasItsPlaceInTheSheet) {
+    const HMODULE module = Host().module();
+    const HRSRC resource = FindResourceW(module, MAKEINTRESOURCEW(kTemplate), RT_DIALOG);
+    ASSERT_NE(resource, nullptr);
+    const auto* const bytes = static_cast<const std::uint8_t*>(LockResource(LoadResource(module, resource)));
+    const Bytes dialog(bytes, bytes + SizeofResource(module, resource));
+    EXPECT_EQ(At<WORD>(dialog, 0), 1) << "an extended template";
+    EXPECT_EQ(At<WORD>(dialog, 2), 0xFFFF);
+    EXPECT_EQ(At<short>(dialog, 22), 281);
+    EXPECT_EQ(At<short>(dialog, 24), 194);
+    EXPECT_EQ(At<WORD>(dialog, 26), 0) << "no menu";
+    EXPECT_EQ(At<WORD>(dialog, 28), 0) << "no class of its own";
+    // With their terminators; in between the font's size, weight and kind.
+    constexpr wchar_t kTitle[] = L"Version";
+    constexpr wchar_t kFace[] = L"MS Shell Dlg";
+    ASSERT_GE(dialog.size(), 30 + sizeof kTitle + 6 + sizeof kFace);
+    EXPECT_EQ(std::memcmp(dialog.data() + 30, kTitle, sizeof kTitle), 0);
+    EXPECT_EQ(At<WORD>(dialog, 30 + sizeof kTitle), 8) << "points";
+    EXPECT_EQ(std::memcmp(dialog.data() + 30 + sizeof kTitle + 6, kFace, sizeof kFace), 0);
+}
+
 TEST_F(VersionProcedureTest, IgnoresMessagesWithoutItsParameter) {
-    for (const UINT message : {WM_COMMAND, WM_PAINT, WM_MOUSEMOVE, WM_LBUTTONUP}) {
+    for (const UINT message : std::initializer_list<UINT>{WM_COMMAND, WM_PAINT, WM_MOUSEMOVE, WM_LBUTTONUP}) {
         rig::TraceCapture trace;
         EXPECT_EQ(procedure_(window_, message, 0, 0), FALSE);
         EXPECT_THAT(trace.TakeOwn(),

@@ -277,6 +277,37 @@ TEST_F(WaterMarkLonePageTest, TracesWhatItOpensOn) {
                             L"UI:  Initialize Water Mark callback function pOEMDev->iWaterMarkType = 2\r\n"));
 }
 
+TEST_F(WaterMarkLonePageTest, ShowsItsTextsBeforeItIsPainted) {
+    ChooseLanguage(kTraditionalChinese);
+    Make(RecordOf(kText));
+    EXPECT_EQ(paints_, 0);
+    const Window page = Page();
+    const std::pair<int, const wchar_t*> captions[] = {
+        {kUseNone, L"RC_RADIO_NO"},
+        {kUseImage, L"RC_RADIO_IMAGE"},
+        {1171, L"RC_STATIC_WATERMARK_BMP"},
+        {kBrowse, L"RC_SELECT_PICTURE"},
+        {kUseText, L"RC_RADIO_TEXT"},
+        {1156, L"RC_STATIC_WATERMARK_TEXT"},
+        {1157, L"RC_STATIC_WATERMARK_FONTTYPE"},
+        {1158, L"RC_STATIC_WATERMARK_FONTSTYLE"},
+        {1168, L"RC_STATIC_WATERMARK_FONTSIZE"},
+        {1159, L"RC_STATIC_WATERMARK_ANGLE"},
+        {1160, L"RC_STATIC_WATERMARK_POSITION"},
+        {1162, L"RC_STATIC_WATERMARK_SIZE"},
+        {1161, L"RC_STATIC_WATERMARK_BRIGHTNESS"},
+    };
+    for (const auto& [control, key] : captions) {
+        EXPECT_EQ(page.Text(control), SourceText(kTraditionalChinese, L"WATERMARK", key));
+    }
+    const Texts styles = page.ComboItems(kStyleList);
+    ASSERT_EQ(styles.size(), 4u);
+    EXPECT_EQ(styles[0], SourceText(kTraditionalChinese, L"WATERMARK", L"RC_STATIC_WATERMARK_FONTSTYLE1"));
+    const Texts positions = page.ComboItems(kPositionList);
+    ASSERT_EQ(positions.size(), 10u);
+    EXPECT_EQ(positions[9], SourceText(kTraditionalChinese, L"WATERMARK", L"RC_STATIC_WATERMARK_POSITION10"));
+}
+
 // What the controls show when the sheet applies, whatever the record says by then.
 TEST_F(WaterMarkLonePageTest, AppliesWhatTheControlsShow) {
     const Path other = WriteFile(L"other.bmp", BitmapFile(24, 0));

@@ -363,6 +363,45 @@ class WaterMarkTest : public PageTest {
         said_.clear();
     }
 
+    // Has each drawing call of these functions fail once: the frame is white then, and right after the next
+    // repaint. `check` looks at more, both times.
+    void ExpectOutlivesFailures(const Window& page, std::initializer_list<const char*> functions,
+                                const std::function<void(bool isRight)>& check) {
+        constexpr std::uint8_t kBrightness = 7;
+        Stored().iWaterMarkBrightness = kBrightness;
+        Paint(page);
+        const Picture right = Shown(page);
+        ASSERT_FALSE(IsWhite(right));
+        for (const char* const function : functions) {
+            for (int call = 1;; ++call) {
+                SCOPED_TRACE(testing::Message() << function << ", call " << call);
+                // Something else, so that it is drawn anew.
+                Stored().iWaterMarkBrightness = 0;
+                Paint(page);
+                Stored().iWaterMarkBrightness = kBrightness;
+                Smear(page);
+                for (const Path& file : TemporaryFiles()) {
+                    std::filesystem::remove(file);
+                }
+                refused_ = function;
+                callsToRefusal_ = call;
+                Paint(page);
+                refused_.clear();
+                if (callsToRefusal_ > 0) {
+                    EXPECT_GT(call, 1) << "it is not called";
+                    ExpectShows(page, right);
+                    break;
+                }
+                ExpectWhite(page);
+                check(false);
+                Paint(page);
+                ExpectShows(page, right);
+                check(true);
+            }
+        }
+        ExpectSaid({});
+    }
+
     std::vector<Path> TemporaryFiles() const {
         std::vector<Path> files;
         for (const auto& entry : std::filesystem::directory_iterator(temporaryFolder_)) {
@@ -382,8 +421,24 @@ class WaterMarkTest : public PageTest {
     bool refusesWriting_ = false;
     bool hasTemporaryFolder_ = true;
     std::multiset<void*> live_;
+    // Each picture that was loaded from a file, and what is done before the system does it.
+    struct Load {
+        HINSTANCE module;
+        Path file;
+        UINT type;
+        int width, height;
+        UINT flags;
+        bool operator==(const Load&) const = default;
+    };
+    std::vector<Load> loads_;
+    std::function<void(const Path&)> onLoad_;
+    std::vector<LOGFONTW> fonts_;
+    int dotsPerInch_ = 0;  // of the screen, from top to bottom; 0: as it is
 
   private:
+    // TRUE at the call that is to fail.
+    bool Refuses(const std::string& function) { return function == refused_ && --callsToRefusal_ == 0; }
+
     void HookMessagesAndDialogs() {
         hooks_.On("USER32.dll", "MessageBoxW", &MessageBoxW,
                   [this](auto, HWND, const wchar_t* text, const wchar_t* title, UINT type) {
@@ -427,6 +482,10 @@ class WaterMarkTest : public PageTest {
                 return original(arguments...);
             }
             NoteFileCall(L"load ", name);
+            loads_.push_back({module, name, type, width, height, flags});
+            if (onLoad_) {
+                onLoad_(name);
+            }
             return Take(original(arguments...));
         });
         hooks_.On("KERNEL32.dll", "GetTempPathW", &GetTempPathW, [this](auto original, auto... arguments) {
@@ -435,8 +494,33 @@ class WaterMarkTest : public PageTest {
     }
 
     void HookDrawing() {
-        hooks_.On("GDI32.dll", "CreateCompatibleDC", &CreateCompatibleDC,
-                  [this](auto original, HDC dc) { return Take(original(dc)); });
+        hooks_.On("GDI32.dll", "CreateCompatibleDC", &CreateCompatibleDC, [this](auto original, HDC dc) {
+            return Refuses("CreateCompatibleDC") ? nullptr : Take(original(dc));
+        });
+        // What is put back into a device context is none of the plug-in's.
+        hooks_.On("GDI32.dll", "SelectObject", &SelectObject, [this](auto original, HDC dc, HGDIOBJ object) {
+            const bool isOwn = live_.count(object) != 0;
+            return isOwn && Refuses("SelectObject") ? nullptr : original(dc, object);
+        });
+        hooks_.On("GDI32.dll", "PatBlt", &PatBlt, [this](auto original, auto... arguments) {
+            return Refuses("PatBlt") ? FALSE : original(arguments...);
+        });
+        hooks_.On("GDI32.dll", "GetTextExtentPoint32W", &GetTextExtentPoint32W,
+                  [this](auto original, auto... arguments) {
+                      return Refuses("GetTextExtentPoint32W") ? FALSE : original(arguments...);
+                  });
+        hooks_.On("GDI32.dll", "TextOutW", &TextOutW, [this](auto original, auto... arguments) {
+            return Refuses("TextOutW") ? FALSE : original(arguments...);
+        });
+        hooks_.On("GDI32.dll", "StretchBlt", &StretchBlt, [this](auto original, auto... arguments) {
+            return Refuses("StretchBlt") ? FALSE : original(arguments...);
+        });
+        hooks_.On("GDI32.dll", "BitBlt", &BitBlt, [this](auto original, auto... arguments) {
+            return Refuses("BitBlt") ? FALSE : original(arguments...);
+        });
+        hooks_.On("GDI32.dll", "GetDeviceCaps", &GetDeviceCaps, [this](auto original, HDC dc, int index) {
+            return index == LOGPIXELSY && dotsPerInch_ != 0 ? dotsPerInch_ : original(dc, index);
+        });
         hooks_.On("GDI32.dll", "CreateDIBSection", &CreateDIBSection,
                   [this](auto original, auto... arguments) {
                       ++drawings_;
@@ -445,6 +529,7 @@ class WaterMarkTest : public PageTest {
         hooks_.On("GDI32.dll", "CreateFontIndirectW", &CreateFontIndirectW,
                   [this](auto original, const LOGFONTW* font) {
                       ++drawings_;
+                      fonts_.push_back(*font);
                       return Take(original(font));
                   });
         hooks_.On("USER32.dll", "GetDC", &GetDC,
@@ -491,6 +576,8 @@ class WaterMarkTest : public PageTest {
     }
 
     Path usersTemporaryFolder_;
+    std::string refused_;
+    int callsToRefusal_ = 0;
 };
 
 }  // namespace pages::preview

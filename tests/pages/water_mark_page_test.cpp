@@ -1,6 +1,6 @@
 // The Water Mark page's controls in the real sheet: what they show of a record, what each of them stores,
 // what the page says and when.
-#include "real_input.h"
+#include "help_reader.h"
 #include "water_mark_fixture.h"
 
 namespace pages::water_mark {
@@ -138,60 +138,34 @@ TEST_F(WaterMarkPageTest, FollowsTheLanguageWhileItIsOpen) {
     });
 }
 
-// With the real pointer, on each control in turn.
+// Where the pointer goes: an editable list has its edit control in front of all but its arrow.
+POINT HelpPoint(const Window& page, int control) {
+    RECT area = {};
+    GetWindowRect(page.Control(control), &area);
+    return {control == kTextList ? area.right - 8 : (area.left + area.right) / 2, area.top + 6};
+}
+
+// With the real pointer, on each control in turn, in the language that the page was painted in last.
 TEST_F(WaterMarkPageTest, ThirteenControlsHaveHelp) {
     OpenPage(RecordOf(kText), [&](UiDriver& ui, Sheet&, const Window& page) {
-        const auto tip_of = [&] {
-            HWND tip = nullptr;
-            EnumThreadWindows(
-                GetWindowThreadProcessId(page.handle(), nullptr),
-                [](HWND window, LPARAM found) -> BOOL {
-                    wchar_t name[64] = {};
-                    GetClassNameW(window, name, 64);
-                    if (std::wstring_view(name) == TOOLTIPS_CLASSW &&
-                        SendMessageW(window, TTM_GETTOOLCOUNT, 0, 0) != 0) {
-                        *reinterpret_cast<HWND*>(found) = window;
-                    }
-                    return TRUE;
-                },
-                reinterpret_cast<LPARAM>(&tip));
-            return tip;
-        };
-        const auto tool_text = [&](int control) {
-            wchar_t text[2048] = {};
-            TTTOOLINFOW tool = {};
-            tool.cbSize = sizeof tool;
-            tool.hwnd = page.Control(control);
-            tool.lpszText = text;
-            SendMessageW(tip_of(), TTM_GETTEXTW, std::size(text), reinterpret_cast<LPARAM>(&tool));
-            return std::wstring(text);
-        };
-        std::size_t tools = 0;
-        for (const Help& help : kHelps) {
-            SCOPED_TRACE(help.control);
-            EXPECT_EQ(SourceText(kEnglish, L"WATERMARK", help.key), help.english);
-            // A disabled control gets no pointer.
-            if (help.control == kFile) {
-                page.Click(kUseImage);
-            } else if (help.control == kTextList) {
-                page.Click(kUseText);
+        for (const wchar_t* file : {kEnglish, kTraditionalChinese}) {
+            SCOPED_TRACE(testing::PrintToString(std::wstring(file)));
+            ChooseLanguage(file);
+            Repaint(page);
+            for (const Help& help : kHelps) {
+                // A disabled control gets no pointer.
+                if (help.control == kFile) {
+                    page.Click(kUseImage);
+                } else if (help.control == kTextList) {
+                    page.Click(kUseText);
+                }
+                const std::wstring text = SourceText(file, L"WATERMARK", help.key);
+                ExpectHelp(ui, page, help.control, HelpPoint(page, help.control), text);
+                if (file == kEnglish) {
+                    EXPECT_EQ(text, help.english);
+                }
             }
-            RECT area = {};
-            GetWindowRect(page.Control(help.control), &area);
-            // An editable list has its edit control in front of all but its arrow.
-            const LONG x = help.control == kTextList ? area.right - 8 : (area.left + area.right) / 2;
-            ++tools;
-            int move = 0;
-            ui.WaitUntil(
-                [&] {
-                    MovePointer({x + move++ % 2, area.top + 6});
-                    SendMessageW(page.handle(), WM_NULL, 0, 0);
-                    const HWND tip = tip_of();
-                    return tip != nullptr &&
-                           static_cast<std::size_t>(SendMessageW(tip, TTM_GETTOOLCOUNT, 0, 0)) == tools;
-                },
-                "the help of control " + std::to_string(help.control));
-            EXPECT_EQ(tool_text(help.control), help.english);
+            EXPECT_EQ(HelpedBeside(page.Control(kUseNone)), std::size(kHelps));
         }
     });
 }
@@ -487,6 +461,21 @@ TEST_F(WaterMarkPageTest, KeepsTheFontSizeInItsRange) {
         SendMessageW(sheet.handle(), PSM_APPLY, 0, 0);
         record[kFontSizeAt] = 6;
         EXPECT_EQ(Differences(record, Record()), "");
+    });
+}
+
+// Whatever they tell of, the number counts as it stands.
+TEST_F(WaterMarkPageTest, TakesTheFontSizeAtEveryNotificationOfTheArrows) {
+    const Bytes record = RecordOf(kText);
+    OpenPage(record, [&](UiDriver&, Sheet& sheet, const Window& page) {
+        for (const int code : {0, 1, 5, 0x300, 0xFFFF}) {
+            SCOPED_TRACE(code);
+            Host().record_bytes()[kFontSizeAt] = 50;
+            Step(sheet, page, "arrows", record, [&] {
+                SendMessageW(page.handle(), WM_COMMAND, MAKEWPARAM(kFontSizeSpin, code),
+                             reinterpret_cast<LPARAM>(page.Control(kFontSizeSpin)));
+            });
+        }
     });
 }
 

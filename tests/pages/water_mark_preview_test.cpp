@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <filesystem>
 #include <initializer_list>
+#include <iterator>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -261,6 +263,13 @@ TEST_F(WaterMarkPreviewTest, BrightnessRaisesEveryByteOfTheFile) {
     });
 }
 
+// As most programs write it: how many colours the palette has, and how many of them matter.
+Bytes WithColourCount(Bytes file, std::uint32_t colours) {
+    Put32(file, 46, colours);
+    Put32(file, 50, colours);
+    return file;
+}
+
 // Colours of a palette come with green and blue exchanged, those of 24 bits as they are.
 TEST_F(WaterMarkPreviewTest, GreenAndBlueOfPalettesAreExchanged) {
     // 9 x 2: 1010 0101 1 above 0000 0001 0; rows of the file begin at the bottom.
@@ -298,7 +307,9 @@ TEST_F(WaterMarkPreviewTest, GreenAndBlueOfPalettesAreExchanged) {
     };
     const Case cases[] = {
         {"1 bit", file1, image1},
+        {"1 bit, colours counted", WithColourCount(file1, 2), image1},
         {"8 bits", file8, image8},
+        {"8 bits, colours counted", WithColourCount(file8, 256), image8},
         {"24 bits", FileOf(image24), image24},
     };
     const Path file = folder_ / L"image.bmp";
@@ -317,7 +328,103 @@ TEST_F(WaterMarkPreviewTest, GreenAndBlueOfPalettesAreExchanged) {
     ExpectSaid({});
 }
 
+// Each pixel is one of the file's; mixed ones would come of averaging, which brightness must not meet.
+TEST_F(WaterMarkPreviewTest, ShrinkingPicksPixels) {
+    const std::set<std::uint32_t> colours = {0x102030, 0xF0C000, 0x0080F0, 0x904070};
+    Picture image({120, 90});
+    for (int y = 0; y < image.size.height; ++y) {
+        for (int x = 0; x < image.size.width; ++x) {
+            image.At(x, y) = *std::next(colours.begin(), (x + 3 * y + x * y % 5) % 4);
+        }
+    }
+    Store(Write(L"image.bmp", FileOf(image)));
+    OnPage([&](const Window& page) {
+        Resize(page, {100, 75});
+        for (const int size : {100, 61, 50, 33, 7}) {
+            SCOPED_TRACE(size);
+            page.SetSlider(IDC_WATERMARK_SIZE, size);
+            const Picture shown = Shown(page);
+            std::set<std::uint32_t> seen;
+            for (int y = 0; y < 75 * size / 100; ++y) {
+                for (int x = 0; x < size; ++x) {
+                    seen.insert(shown.At(x, y));
+                }
+            }
+            EXPECT_EQ(seen, colours);
+        }
+    });
+}
+
 // --- Files
+
+TEST_F(WaterMarkPreviewTest, LoadsItsCopyInItsOwnSizeWithItsPixels) {
+    const Path file = Write(L"image.bmp", FileOf(Image4x3()));
+    Store(file);
+    OnPage([&](const Window&) {
+        ASSERT_EQ(TemporaryFiles().size(), 1u);
+        EXPECT_THAT(loads_, ElementsAre(Load{nullptr, TemporaryFiles()[0], IMAGE_BITMAP, 0, 0,
+                                             LR_LOADFROMFILE | LR_CREATEDIBSECTION}));
+    });
+}
+
+// What was found whole is what is loaded: the system's loader reads past the end of a file that is not.
+TEST_F(WaterMarkPreviewTest, NobodyCanChangeTheCopyBetweenItsCheckAndItsLoading) {
+    Store(Write(L"image.bmp", FileOf(Image4x3())));
+    int loads = 0;
+    onLoad_ = [&](const Path& copy) {
+        ++loads;
+        // Tries to open it, and gives the error.
+        const auto open = [&](DWORD access, DWORD share) {
+            const HANDLE file = CreateFileW(copy.c_str(), access, share, nullptr, OPEN_EXISTING, 0, nullptr);
+            if (file == INVALID_HANDLE_VALUE) {
+                return GetLastError();
+            }
+            CloseHandle(file);
+            return DWORD{ERROR_SUCCESS};
+        };
+        constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+        EXPECT_EQ(open(GENERIC_WRITE, kShareAll), DWORD{ERROR_SHARING_VIOLATION});
+        EXPECT_EQ(open(DELETE, kShareAll), DWORD{ERROR_SHARING_VIOLATION});
+        EXPECT_EQ(open(GENERIC_READ, FILE_SHARE_READ), DWORD{ERROR_SUCCESS}) << "others may read it";
+        const std::wstring name = copy.filename().wstring();
+        ASSERT_GE(fileCalls_.size(), 2u);
+        EXPECT_EQ(fileCalls_.back(), L"load " + name);
+        EXPECT_EQ(*(fileCalls_.end() - 2), L"read " + name);
+        EXPECT_EQ(std::count(fileCalls_.begin(), fileCalls_.end(), L"read " + name), 1)
+            << "checked as it was opened, and not opened once more";
+    };
+    OnPage([&](const Window& page) {
+        EXPECT_FALSE(IsWhite(Shown(page)));
+        EXPECT_EQ(loads, 1);
+        ASSERT_EQ(TemporaryFiles().size(), 1u);
+        EXPECT_TRUE(DeleteFileW(TemporaryFiles()[0].c_str())) << "it is let go once it is loaded";
+    });
+}
+
+// Who has not chosen a file yet is not told that there is none, but the picture of another one goes.
+TEST_F(WaterMarkPreviewTest, AnImageWithoutAFileIsNoPicture) {
+    Store(Write(L"image.bmp", FileOf(Image4x3())));
+    OnPage([&](const Window& page) {
+        EXPECT_FALSE(IsWhite(Shown(page)));
+        ChooseImage(page, L"");
+        ExpectWhite(page);
+        page.Click(IDC_WATERMARK_USE_TEXT);
+        page.Click(IDC_WATERMARK_USE_IMAGE);
+        ExpectWhite(page);
+        EXPECT_EQ(loads_.size(), 1u);
+    });
+    ExpectSaid({});
+}
+
+TEST_F(WaterMarkPreviewTest, ADrawingThatFailsIsWhiteUntilTheNextRepaint) {
+    Store(Write(L"image.bmp", FileOf(Image4x3())));
+    Stored().iWaterMarkPosition = kTiled;
+    Stored().iWaterMarkSize = 30;
+    OnPage([&](const Window& page) {
+        ExpectOutlivesFailures(page, {"CreateCompatibleDC", "SelectObject", "PatBlt", "StretchBlt", "BitBlt"},
+                               [&](bool) { EXPECT_EQ(loads_.size(), 1u); });
+    });
+}
 
 TEST_F(WaterMarkPreviewTest, AChosenBitmapIsConvertedForTheRecordAndForThePreview) {
     const Path of8 = Write(L"of8.bmp", PlainFile8(4, 3, 0x102030));

@@ -354,5 +354,58 @@ TEST_F(WaterMarkTextTest, WithoutAFileTheFrameIsWhiteAndNothingIsSaid) {
     ExpectSaid({});
 }
 
+// Of a screen with other dots than the one of the tests: 10 points are 16.67 of 120 to an inch.
+TEST_F(WaterMarkTextTest, AsksForItsFontInTheScreensDots) {
+    struct Case {
+        Text text;
+        LONG height, weight;
+        BYTE italic;
+    };
+    const Case cases[] = {
+        {{.face = L"Liberation Sans", .size = 30, .style = 0, .angle = 0}, -50, 400, FALSE},
+        {{.size = 8, .style = 1, .angle = 45}, -13, 400, TRUE},
+        {{.face = L"No Such Face At All", .size = 10, .style = 2, .angle = 359}, -17, 700, FALSE},
+        {{.size = 72, .style = 3, .angle = 360}, -120, 700, TRUE},
+    };
+    dotsPerInch_ = 120;
+    OnPage([&](const Window& page) {
+        for (const Case& each : cases) {
+            SCOPED_TRACE(&each - cases);
+            StoreText(each.text);
+            fonts_.clear();
+            Paint(page);
+            ASSERT_EQ(fonts_.size(), 1u);
+            const LOGFONTW& font = fonts_[0];
+            EXPECT_EQ(font.lfHeight, each.height);
+            EXPECT_EQ(font.lfWidth, 0);
+            EXPECT_EQ(font.lfEscapement, each.text.angle * 10);
+            EXPECT_EQ(font.lfOrientation, each.text.angle * 10);
+            EXPECT_EQ(font.lfWeight, each.weight);
+            EXPECT_EQ(font.lfItalic != 0, each.italic != 0);
+            EXPECT_EQ(font.lfUnderline, 0);
+            EXPECT_EQ(font.lfStrikeOut, 0);
+            EXPECT_EQ(font.lfClipPrecision, CLIP_LH_ANGLES);
+            EXPECT_EQ(font.lfFaceName, each.text.face);
+        }
+    });
+}
+
+// The new bitmap is black before anything is drawn into it; no such file may be left to print.
+TEST_F(WaterMarkTextTest, ADrawingThatFailsIsWhiteUntilTheNextRepaint) {
+    OnPage([&](const Window& page) {
+        Stored().iWaterMarkBrightness = 7;
+        Paint(page);
+        const Picture right = ReadFile();
+        ExpectOutlivesFailures(page,
+                               {"CreateCompatibleDC", "SelectObject", "PatBlt", "GetTextExtentPoint32W",
+                                "TextOutW", "StretchBlt", "BitBlt"},
+                               [&](bool isRight) {
+                                   if (isRight || !TemporaryFiles().empty()) {
+                                       EXPECT_EQ(Difference(right, ReadFile()), "");
+                                   }
+                               });
+    });
+}
+
 }  // namespace
 }  // namespace pages::preview

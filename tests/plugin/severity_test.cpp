@@ -8,6 +8,7 @@
 #include "base/platform.h"
 #include "devmode/devmode_record.h"
 #include "devmode/oemdev.h"
+#include "docpages/tab_captions.h"
 #include "intrface/oem_ui.h"
 #include "rig/plugin_dll.h"
 #include "rig/trace_capture.h"
@@ -145,6 +146,20 @@ TEST_F(Severities, DumpsAreVerbose) {
     info.Reason = PROPSHEETUI_REASON_DESTROY;
     EXPECT_EQ(At(1, [&] { object_->DocumentPropertySheets(&info, 0); }).size(), 11u);
     EXPECT_EQ(At(2, [&] { object_->DocumentPropertySheets(&info, 0); }), Lines{});
+}
+
+// What the search traces goes with the level; the titles of the dialogs it looks at do not.
+TEST_F(Severities, TitlesOfDialogsAreWrittenAtEveryLevel) {
+    const HWND dialog = CreateWindowExW(0, L"#32770", L"Properties of a till", WS_OVERLAPPED, 0, 0, 10, 10,
+                                        nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
+    ASSERT_NE(dialog, nullptr);
+    constexpr std::int32_t kAlways = 100;
+    ExpectWritten({{kVerbose, L"UI:  EnumWindowsProc in\r\n"},
+                   {kVerbose, L"UI:  EnumWindowsProc GetWindowText\r\n"},
+                   {kAlways, L"Properties of a till"},
+                   {kVerbose, L"UI:  EnumWindowsProc out\r\n"}},
+                  [&] { EXPECT_TRUE(FindPrinterSheets(dialog, 0)); });
+    DestroyWindow(dialog);
 }
 
 }  // namespace

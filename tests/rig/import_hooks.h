@@ -16,27 +16,27 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <string>
 #include <vector>
+
+#include "module_imports.h"
 
 namespace rig {
 
 class ImportHooks {
   public:
-    // `module` is the file name of the DLL to watch. One object for a module at a time.
-    explicit ImportHooks(const wchar_t* module = L"KVMR72UI.dll");
+    // `module` is the file name of the DLL to watch.
+    explicit ImportHooks(const wchar_t* module = L"KVMR72UI.dll") : imports_(module) {}
     ImportHooks(const ImportHooks&) = delete;
     ImportHooks& operator=(const ImportHooks&) = delete;
-    // Gives back the real functions.
-    ~ImportHooks();
 
     // Replaces `function` of `dll` (file name with extension, any case) by a function of the same type. The
     // real one goes to `*original` unless that is null.
     template <typename Function>
     void Hook(const char* dll, const char* function, Function* replacement, Function** original = nullptr) {
-        void* real = Replace(dll, function, reinterpret_cast<void*>(replacement));
+        Function* const real = imports_.Replace(dll, function, replacement);
+        EXPECT_NE(real, nullptr) << dll << " has no " << function;
         if (original != nullptr) {
-            *original = reinterpret_cast<Function*>(real);
+            *original = real;
         }
     }
 
@@ -47,15 +47,16 @@ class ImportHooks {
         using Stub = ActionStub<Action, Result, Arguments...>;
         static_cast<void>(type);
         ASSERT_EQ(Stub::action, nullptr) << "this lambda is already in use for a hook";
-        auto kept = std::make_shared<Action>(std::move(action));
-        Stub::action = kept.get();
-        actions_.push_back({kept, [] { Stub::action = nullptr; }});
+        Stub::action = new Action(std::move(action));
+        actions_.emplace_back(Stub::action, [](Action* kept) {
+            Stub::action = nullptr;
+            delete kept;
+        });
         Hook(dll, function, &Stub::Call, &Stub::original);
     }
 
-    // How often the loaded module's import table names the function and leads to the replacement, plus how
-    // often the module has asked GetProcAddress for it.
-    int Bound(const char* function) const;
+    // As of ModuleImports.
+    int Bound(const char* function) const { return imports_.Bound(function); }
 
   private:
     template <typename Action, typename Result, typename... Arguments>
@@ -64,16 +65,10 @@ class ImportHooks {
         static inline Result(WINAPI* original)(Arguments...) = nullptr;
         static Result WINAPI Call(Arguments... arguments) { return (*action)(original, arguments...); }
     };
-    struct KeptAction {
-        std::shared_ptr<void> action;
-        void (*forget)();
-    };
 
-    void* Replace(const char* dll, const char* function, void* replacement);
-
-    struct State;
-    std::unique_ptr<State> state_;
-    std::vector<KeptAction> actions_;
+    std::vector<std::shared_ptr<void>> actions_;
+    // Goes first: until then an action may be called.
+    ModuleImports imports_;
 };
 
 }  // namespace rig

@@ -96,8 +96,11 @@ inline INT_PTR AnswerNotification(HWND dialog, LONG_PTR answer) noexcept {
     return TRUE;
 }
 
+// An index that the list does not have leaves nothing selected.
 inline void SelectItem(HWND dialog, int list, int index) noexcept {
-    SendDlgItemMessageW(dialog, list, CB_SETCURSEL, static_cast<WPARAM>(index), 0);
+    if (SendDlgItemMessageW(dialog, list, CB_SETCURSEL, static_cast<WPARAM>(index), 0) == CB_ERR) {
+        SendDlgItemMessageW(dialog, list, CB_SETCURSEL, static_cast<WPARAM>(-1), 0);
+    }
 }
 
 // Reads a number edit, caps it, and shows the result through its up-down. The caret then stands where typing

@@ -1,10 +1,15 @@
-#include "rig/import_hooks.h"
+#include "module_imports.h"
+
+#include <windows.h>
 
 #include <winternl.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <utility>
+#include <vector>
 
-namespace rig {
 namespace {
 
 // What the loader tells when a DLL has been mapped and its imports are bound, before its entry point runs.
@@ -77,7 +82,7 @@ bool SameName(const wchar_t* wide, const std::string& narrow) {
 
 }  // namespace
 
-struct ImportHooks::State {
+struct ModuleImports::State {
     struct Entry {
         std::string dll;
         std::string function;
@@ -89,8 +94,8 @@ struct ImportHooks::State {
         void* real;
     };
 
-    // GetProcAddress of the watched module has no context: the one active state.
-    static inline State* active = nullptr;
+    // GetProcAddress has no context: it answers for all of them, the latest first.
+    static inline std::vector<State*> active;
 
     std::wstring module_name;
     HMODULE module = nullptr;
@@ -136,12 +141,14 @@ struct ImportHooks::State {
 
     static FARPROC WINAPI GetProcAddressHook(HMODULE from, LPCSTR function) {
         // Small numbers are ordinals.
-        if (active != nullptr && (reinterpret_cast<ULONG_PTR>(function) >> 16) != 0) {
+        if ((reinterpret_cast<ULONG_PTR>(function) >> 16) != 0) {
             const std::wstring name = BaseName(from);
-            for (Entry& entry : active->entries) {
-                if (entry.function == function && SameName(name.c_str(), entry.dll)) {
-                    ++entry.bound;
-                    return reinterpret_cast<FARPROC>(entry.replacement);
+            for (auto state = active.rbegin(); state != active.rend(); ++state) {
+                for (Entry& entry : (*state)->entries) {
+                    if (entry.function == function && SameName(name.c_str(), entry.dll)) {
+                        ++entry.bound;
+                        return reinterpret_cast<FARPROC>(entry.replacement);
+                    }
                 }
             }
         }
@@ -164,30 +171,31 @@ struct ImportHooks::State {
     }
 };
 
-ImportHooks::ImportHooks(const wchar_t* module) : state_(std::make_unique<State>()) {
-    state_->module_name = module;
-    EXPECT_EQ(State::active, nullptr) << "one ImportHooks at a time";
-    State::active = state_.get();
-    const auto subscribe = LoaderFunction<RegisterNotification>("LdrRegisterDllNotification");
-    EXPECT_EQ(subscribe(0, &State::Loaded, state_.get(), &state_->cookie), 0);
-    if (HMODULE loaded = GetModuleHandleW(module); loaded != nullptr) {
+ModuleImports::ModuleImports(std::wstring module) : state_(std::make_unique<State>()) {
+    state_->module_name = std::move(module);
+    State::active.push_back(state_.get());
+    LoaderFunction<RegisterNotification>("LdrRegisterDllNotification")(0, &State::Loaded, state_.get(),
+                                                                       &state_->cookie);
+    if (HMODULE loaded = GetModuleHandleW(state_->module_name.c_str()); loaded != nullptr) {
         state_->Patch(loaded);
     }
 }
 
-ImportHooks::~ImportHooks() {
+ModuleImports::~ModuleImports() {
     LoaderFunction<UnregisterNotification>("LdrUnregisterDllNotification")(state_->cookie);
     state_->Restore();
-    State::active = nullptr;
-    for (const KeptAction& kept : actions_) {
-        kept.forget();
+    std::erase(State::active, state_.get());
+    // Another one may have relied on this one's GetProcAddress.
+    for (State* other : State::active) {
+        if (other->module != nullptr) {
+            other->Patch(other->module);
+        }
     }
 }
 
-void* ImportHooks::Replace(const char* dll, const char* function, void* replacement) {
+void* ModuleImports::ReplaceAny(const char* dll, const char* function, void* replacement) {
     HMODULE owner = LoadLibraryA(dll);
     void* real = reinterpret_cast<void*>(::GetProcAddress(owner, function));
-    EXPECT_NE(real, nullptr) << dll << " has no " << function;
     state_->entries.push_back({dll, function, replacement});
     if (state_->module != nullptr) {
         state_->Patch(state_->module);
@@ -195,12 +203,10 @@ void* ImportHooks::Replace(const char* dll, const char* function, void* replacem
     return real;
 }
 
-int ImportHooks::Bound(const char* function) const {
+int ModuleImports::Bound(const char* function) const {
     int bound = 0;
     for (const State::Entry& entry : state_->entries) {
         bound += entry.function == function ? entry.bound : 0;
     }
     return bound;
 }
-
-}  // namespace rig

@@ -1,0 +1,576 @@
+// What the tests of the two barcode pages share: fonts as the record keeps them, a spooler that keeps what it
+// is sent, message boxes, and a page without a sheet.
+#pragma once
+
+#include <windows.h>
+
+#include <commctrl.h>
+#include <prsht.h>
+#include <winspool.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <initializer_list>
+#include <iterator>
+#include <span>
+#include <string_view>
+#include <utility>
+
+#include "help_reader.h"
+#include "page_fixture.h"
+#include "real_input.h"
+#include "rig/import_hooks.h"
+
+namespace pages::barcode {
+
+using Texts = std::vector<std::wstring>;
+using Ids = std::vector<int>;
+using Pieces = std::vector<Bytes>;
+
+// --- The record
+
+constexpr std::size_t kFonts1DAt = 596;
+constexpr std::size_t kFont1DSize = 36;
+constexpr std::size_t kFonts1D = 8;
+constexpr std::size_t kFonts2DAt = 884;
+constexpr std::size_t kFont2DSize = 24;
+constexpr std::size_t kFonts2D = 2;
+
+// Where a font's fields lie in it.
+namespace at1 {
+constexpr std::size_t kType = 0;
+constexpr std::size_t kWidth = 1;
+constexpr std::size_t kHeight = 4;
+constexpr std::size_t kHriPosition = 8;
+constexpr std::size_t kHriFont = 9;
+constexpr std::size_t kFontWidth = 12;
+constexpr std::size_t kFontHeight = 16;
+constexpr std::size_t kGs1Width = 20;
+constexpr std::size_t kGs1Row = 24;
+constexpr std::size_t kGs1Composite = 28;
+constexpr std::size_t kGs1Separator = 32;
+constexpr std::size_t kGs1Hri = 33;
+constexpr std::size_t kGs1Expanded = 34;
+}  // namespace at1
+
+namespace at2 {
+constexpr std::size_t kType = 0;
+constexpr std::size_t kPdfWidth = 1;
+constexpr std::size_t kPdfHeight = 2;
+constexpr std::size_t kPdfColumns = 3;
+constexpr std::size_t kPdfRows = 4;
+constexpr std::size_t kPdfEcc = 5;
+constexpr std::size_t kGs1Width = 6;
+constexpr std::size_t kGs1Row = 8;
+constexpr std::size_t kGs1Composite = 12;
+constexpr std::size_t kGs1Separator = 16;
+constexpr std::size_t kGs1Segments = 17;
+constexpr std::size_t kGs1Hri = 18;
+constexpr std::size_t kGs1Expanded = 19;
+constexpr std::size_t kQrWidth = 20;
+constexpr std::size_t kQrLanguage = 21;
+constexpr std::size_t kQrModel = 22;
+constexpr std::size_t kQrEcc = 23;
+}  // namespace at2
+
+constexpr std::size_t Font1D(std::size_t font, std::size_t field) {
+    return kFonts1DAt + font * kFont1DSize + field;
+}
+
+constexpr std::size_t Font2D(std::size_t font, std::size_t field) {
+    return kFonts2DAt + font * kFont2DSize + field;
+}
+
+// Least significant byte first.
+inline void PutInt(Bytes& record, std::size_t offset, std::uint32_t value) {
+    for (std::size_t i = 0; i < 4; ++i) {
+        record.at(offset + i) = static_cast<std::uint8_t>(value >> (8 * i) & 0xFF);
+    }
+}
+
+// Every byte that is none of the fonts' an odd one.
+inline Bytes OddRecord() {
+    return FilledRecord([](std::size_t offset) { return static_cast<std::uint8_t>(offset * 7 + 131); });
+}
+
+// --- Printing
+
+inline Bytes Ascii(std::string_view text) {
+    return {text.begin(), text.end()};
+}
+
+// Line feed, feed to the cutter, cut.
+inline const Bytes kCut = {0x0A, 0x1D, 0x56, 0x42, 0x00};
+
+inline std::string Describe(const Bytes& bytes) {
+    std::string text;
+    for (const std::uint8_t byte : bytes) {
+        constexpr char kDigits[] = "0123456789ABCDEF";
+        text += {' ', kDigits[byte >> 4], kDigits[byte & 0xF]};
+    }
+    return text;
+}
+
+inline const HANDLE kPrinter = reinterpret_cast<HANDLE>(std::uintptr_t{0x1234567890});
+
+// The spooler in the system's place. It keeps each call with all its arguments as a line.
+struct Spooler {
+    std::vector<std::string> calls;
+    int failing = -1;  // the call that fails, counted from 0
+    std::function<void()> on_start;
+
+    bool Succeeds() const { return static_cast<int>(calls.size()) - 1 != failing; }
+    void Add(const char* function, HANDLE printer, const std::string& arguments = {}) {
+        const char* const handle = printer == kPrinter ? "printer" : printer == nullptr ? "null" : "another";
+        calls.push_back(std::string(function) + ' ' + handle + arguments);
+    }
+};
+
+inline std::string Narrow(const wchar_t* text) {
+    return text == nullptr ? "null" : std::filesystem::path(text).string();
+}
+
+// The calls of a whole job.
+inline std::vector<std::string> JobOf(const char* name, const Pieces& pieces) {
+    std::vector<std::string> calls = {std::string("StartDocPrinterW printer 1 ") + name + " null RAW",
+                                      "StartPagePrinter printer"};
+    for (const Bytes& piece : pieces) {
+        calls.push_back("WritePrinter printer" + Describe(piece));
+    }
+    calls.emplace_back("EndPagePrinter printer");
+    calls.emplace_back("EndDocPrinter printer");
+    return calls;
+}
+
+// What the same job comes to when a call of it fails: what was started is ended.
+inline std::vector<std::string> JobFailingAt(std::vector<std::string> calls, std::size_t failing) {
+    const std::size_t end_page = calls.size() - 2;
+    if (failing >= end_page) {
+        return calls;
+    }
+    std::vector<std::string> made(calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(failing) + 1);
+    if (failing > 1) {
+        made.emplace_back("EndPagePrinter printer");
+    }
+    if (failing > 0) {
+        made.emplace_back("EndDocPrinter printer");
+    }
+    return made;
+}
+
+struct Box {
+    HWND owner;
+    std::wstring title;
+    std::wstring text;
+    UINT type;
+    bool operator==(const Box&) const = default;
+};
+
+// --- Controls
+
+struct Caption {
+    int control;
+    const wchar_t* key;
+    const wchar_t* english;
+};
+
+// A list of texts with numbered keys.
+struct ListCaption {
+    int list;
+    const wchar_t* key;
+    Texts english;
+};
+
+struct Place {
+    int control;
+    LONG x;
+    LONG y;
+    bool operator==(const Place&) const = default;
+};
+inline void PrintTo(const Place& place, std::ostream* out) {
+    *out << place.control << " at " << place.x << ", " << place.y;
+}
+
+inline RECT BoundsOf(const Window& page, int control) {
+    RECT bounds = {};
+    GetWindowRect(page.Control(control), &bounds);
+    MapWindowPoints(nullptr, page.handle(), reinterpret_cast<POINT*>(&bounds), 2);
+    return bounds;
+}
+
+inline Place PlaceOf(const Window& page, int control) {
+    const RECT bounds = BoundsOf(page, control);
+    return {control, bounds.left, bounds.top};
+}
+
+// The page's controls in the order in which they lie above each other.
+inline Ids ControlsOf(const Window& page) {
+    Ids ids;
+    for (HWND child = GetWindow(page.handle(), GW_CHILD); child != nullptr;
+         child = GetWindow(child, GW_HWNDNEXT)) {
+        ids.push_back(GetDlgCtrlID(child));
+    }
+    return ids;
+}
+
+// Of some controls, those that show.
+inline Ids Visible(const Window& page, std::span<const int> ids) {
+    Ids shown;
+    std::copy_if(ids.begin(), ids.end(), std::back_inserter(shown),
+                 [&](int id) { return page.IsVisible(id); });
+    return shown;
+}
+
+inline Ids Enabled(const Window& page, std::span<const int> ids) {
+    Ids enabled;
+    std::copy_if(ids.begin(), ids.end(), std::back_inserter(enabled),
+                 [&](int id) { return page.IsEnabled(id); });
+    return enabled;
+}
+
+struct SpinRange {
+    int least;
+    int most;
+    bool operator==(const SpinRange&) const = default;
+};
+
+inline SpinRange RangeOf(const Window& page, int spin) {
+    SpinRange range = {};
+    page.Send(spin, UDM_GETRANGE32, reinterpret_cast<WPARAM>(&range.least),
+              reinterpret_cast<LPARAM>(&range.most));
+    return range;
+}
+
+// Where a template's pages stand in the real sheet, behind two tabs of the host.
+constexpr int kTab1D = 5;
+constexpr int kTab2D = 6;
+
+// --- The tests
+
+class BarcodeTest : public PageTest {
+  protected:
+    BarcodeTest(int tab, int dialog) : tab_(tab), template_(dialog) {}
+
+    void SetUp() override {
+        PageTest::SetUp();
+        hooks_.On("USER32.dll", "MessageBoxW", &MessageBoxW,
+                  [this](auto original, HWND owner, LPCWSTR text, LPCWSTR title, UINT type) {
+                      boxes_.push_back({owner, title, text, type});
+                      if (shows_boxes_) {
+                          return original(owner, text, title, type);
+                      }
+                      if (on_box_) {
+                          on_box_();
+                      }
+                      return IDOK;
+                  });
+        hooks_.On("WINSPOOL.DRV", "StartDocPrinterW", &StartDocPrinterW,
+                  [this](auto, HANDLE printer, DWORD level, LPBYTE information) -> DWORD {
+                      const auto& document = *reinterpret_cast<const DOC_INFO_1W*>(information);
+                      spooler_.Add("StartDocPrinterW", printer,
+                                   ' ' + std::to_string(level) + ' ' + Narrow(document.pDocName) + ' ' +
+                                       Narrow(document.pOutputFile) + ' ' + Narrow(document.pDatatype));
+                      if (spooler_.on_start) {
+                          spooler_.on_start();
+                      }
+                      return printer != nullptr && spooler_.Succeeds() ? 7 : 0;
+                  });
+        hooks_.On("WINSPOOL.DRV", "StartPagePrinter", &StartPagePrinter, [this](auto, HANDLE printer) {
+            spooler_.Add("StartPagePrinter", printer);
+            return spooler_.Succeeds() ? TRUE : FALSE;
+        });
+        hooks_.On("WINSPOOL.DRV", "WritePrinter", &WritePrinter,
+                  [this](auto, HANDLE printer, LPVOID bytes, DWORD count, LPDWORD written) {
+                      const auto* first = static_cast<const std::uint8_t*>(bytes);
+                      spooler_.Add("WritePrinter", printer, Describe({first, first + count}));
+                      // Whatever it says that it took: nobody looks.
+                      *written = 0;
+                      return spooler_.Succeeds() ? TRUE : FALSE;
+                  });
+        hooks_.On("WINSPOOL.DRV", "EndPagePrinter", &EndPagePrinter, [this](auto, HANDLE printer) {
+            spooler_.Add("EndPagePrinter", printer);
+            return spooler_.Succeeds() ? TRUE : FALSE;
+        });
+        hooks_.On("WINSPOOL.DRV", "EndDocPrinter", &EndDocPrinter, [this](auto, HANDLE printer) {
+            spooler_.Add("EndDocPrinter", printer);
+            return spooler_.Succeeds() ? TRUE : FALSE;
+        });
+        HostSettings settings;
+        settings.printer = kPrinter;
+        StartHost(settings);
+        for (const char* function : {"MessageBoxW", "StartDocPrinterW", "StartPagePrinter", "WritePrinter",
+                                     "EndPagePrinter", "EndDocPrinter"}) {
+            ASSERT_EQ(hooks_.Bound(function), 1) << function;
+        }
+    }
+
+    void OpenPage(const Bytes& record,
+                  const std::function<void(UiDriver&, Sheet&, const Window& page)>& script) {
+        SetRecord(record);
+        OpenSheet([&](UiDriver& ui, Sheet& sheet) {
+            script(ui, sheet, sheet.SelectPage(tab_));
+            if (sheet.IsOpen()) {
+                sheet.PressCancel();
+            }
+        });
+    }
+
+    // Does something that the user does: it leaves exactly `expected` in the record, and the sheet can be
+    // applied.
+    void Step(const Sheet& sheet, const Window& page, const std::string& name, const Bytes& expected,
+              const std::function<void()>& action) {
+        SCOPED_TRACE(name);
+        ForgetChanges(sheet, page);
+        action();
+        Settle(page);
+        EXPECT_EQ(Differences(expected, Record()), "");
+        EXPECT_TRUE(sheet.IsApplyEnabled());
+    }
+
+    // Does something that neither changes the record nor the sheet's state.
+    void Look(const Sheet& sheet, const Window& page, const std::string& name,
+              const std::function<void()>& action) {
+        SCOPED_TRACE(name);
+        const Bytes before = Record();
+        ForgetChanges(sheet, page);
+        action();
+        Settle(page);
+        EXPECT_EQ(Differences(before, Record()), "");
+        EXPECT_FALSE(sheet.IsApplyEnabled());
+    }
+
+    // What printing brings about: these calls, no message, no change of the record.
+    void ExpectJob(const Window& page, int button, const std::vector<std::string>& calls) {
+        const Bytes before = Record();
+        spooler_.calls.clear();
+        page.Click(button);
+        EXPECT_EQ(spooler_.calls, calls);
+        EXPECT_THAT(boxes_, testing::IsEmpty());
+        EXPECT_EQ(Differences(before, Record()), "");
+    }
+
+    void ExpectRefused(const Window& page, int button, const wchar_t* title = L"Error",
+                       const wchar_t* text = L"BarCode data error!") {
+        const Bytes before = Record();
+        spooler_.calls.clear();
+        boxes_.clear();
+        page.Click(button);
+        EXPECT_THAT(boxes_, testing::ElementsAre(Box{page.handle(), title, text, MB_OK}));
+        EXPECT_THAT(spooler_.calls, testing::IsEmpty());
+        EXPECT_EQ(Differences(before, Record()), "");
+        boxes_.clear();
+    }
+
+    static void ForgetChanges(const Sheet& sheet, const Window& page) {
+        SendMessageW(sheet.handle(), PSM_UNCHANGED, reinterpret_cast<WPARAM>(page.handle()), 0);
+        EXPECT_FALSE(sheet.IsApplyEnabled());
+    }
+
+    // Makes the sheet the one that the keyboard works on, and a control of the page the one in it.
+    static void FocusForTyping(const UiDriver& ui, const Sheet& sheet, const Window& page, int control) {
+        SetForegroundWindow(sheet.handle());
+        ui.WaitUntil([&] { return GetForegroundWindow() == sheet.handle(); }, "the sheet in front");
+        page.Focus(control);
+        WaitForFocus(ui, page, control);
+    }
+
+    // With the real keyboard. Returns when the thread has used the keys up: it draws only when it has no
+    // input.
+    static void Type(const UiDriver& ui, const Window& page, std::initializer_list<WORD> keys) {
+        PressKeys(keys);
+        const RECT corner = {0, 0, 1, 1};
+        InvalidateRect(page.handle(), &corner, FALSE);
+        ui.WaitUntil([&] { return !GetUpdateRect(page.handle(), nullptr, FALSE); }, "the keys to be used");
+        Settle(page);
+    }
+
+    // The controls that TAB reaches from `first` on until it leaves the page.
+    static Ids TabOrder(const UiDriver& ui, const Sheet& sheet, const Window& page, int first) {
+        Ids order = {first};
+        FocusForTyping(ui, sheet, page, first);
+        for (int i = 0; i < 40; ++i) {
+            const HWND before = FocusOf(page);
+            PressKey(VK_TAB);
+            ui.WaitUntil([&] { return FocusOf(page) != before; }, "the focus to go on");
+            const HWND focus = FocusOf(page);
+            if (!IsChild(page.handle(), focus)) {
+                return order;
+            }
+            order.push_back(GetDlgCtrlID(focus));
+        }
+        return order;
+    }
+
+    // Of a control whose middle may lie below another window.
+    static void ExpectHelpOf(const UiDriver& ui, const Window& page, int control, const std::wstring& text) {
+        RECT area = {};
+        GetWindowRect(page.Control(control), &area);
+        ExpectHelp(ui, page, control, {area.left + 6, area.top + 6}, text);
+    }
+
+    // The description of the page as the host gets it.
+    Bytes Description() {
+        FakeSheet sheet;
+        sheet.parameters.pOEMDM = Host().record_bytes().data();
+        EXPECT_EQ(Host().CommonUIProp(OEMCUIP_DOCPROP), S_OK);
+        EXPECT_EQ(Host().plugin().DocumentPropertySheets(&sheet.info, 0), S_OK);
+        return sheet.PageOf(template_).page;
+    }
+
+    const int tab_;
+    const int template_;
+    Spooler spooler_;
+    std::vector<Box> boxes_;
+    bool shows_boxes_ = false;
+    std::function<void()> on_box_;
+    rig::ImportHooks hooks_;
+};
+
+// A window in the sheet's place that keeps the messages of property sheets.
+class SheetWindow {
+  public:
+    struct Message {
+        UINT message;
+        WPARAM wparam;
+        bool operator==(const Message&) const = default;
+    };
+
+    SheetWindow() {
+        WNDCLASSW window_class = {};
+        window_class.lpfnWndProc = &Procedure;
+        window_class.hInstance = GetModuleHandleW(nullptr);
+        window_class.lpszClassName = L"SheetOfTheBarcodeTests";
+        RegisterClassW(&window_class);
+        handle_ = CreateWindowExW(0, window_class.lpszClassName, L"", WS_OVERLAPPEDWINDOW, 0, 0, 600, 500,
+                                  nullptr, nullptr, window_class.hInstance, nullptr);
+        SetWindowLongPtrW(handle_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+        ShowWindow(handle_, SW_SHOWNA);
+    }
+    SheetWindow(const SheetWindow&) = delete;
+    SheetWindow& operator=(const SheetWindow&) = delete;
+    ~SheetWindow() { DestroyWindow(handle_); }
+
+    HWND handle() const { return handle_; }
+
+    std::vector<Message> messages;
+
+  private:
+    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+        auto* self = reinterpret_cast<SheetWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+        if (self != nullptr && message >= PSM_SETCURSEL && message <= WM_USER + 200) {
+            self->messages.push_back({message, wparam});
+            return 0;
+        }
+        return DefWindowProcW(window, message, wparam, lparam);
+    }
+
+    HWND handle_;
+};
+
+// A page of its own: sheet, host parameters and record are this object's, so that two can be open at once.
+class LonePage {
+  public:
+    struct Call {
+        HANDLE sheet;
+        UINT function;
+        LPARAM first;
+        LPARAM second;
+        bool operator==(const Call&) const = default;
+    };
+
+    // With the page's description as the plug-in gave it to the host.
+    LonePage(const Bytes& description, Bytes settings, HANDLE printer = kPrinter)
+        : record(std::move(settings)) {
+        std::memcpy(&page_, description.data(), std::min(description.size(), sizeof page_));
+        common_.cbSize = sizeof common_;
+        common_.hPrinter = printer;
+        parameters_.cbSize = sizeof parameters_;
+        parameters_.pOEMDM = record.data();
+        context_ = {
+            this, INVALID_HANDLE_VALUE, &parameters_, &common_, reinterpret_cast<void*>(&Keep), nullptr, {}};
+        page_.lParam = reinterpret_cast<LPARAM>(&context_);
+    }
+    LonePage(const LonePage&) = delete;
+    LonePage& operator=(const LonePage&) = delete;
+    ~LonePage() { Unmake(); }
+
+    void Make() {
+        handle_ = CreateDialogParamW(page_.hInstance, page_.pszTemplate, sheet.handle(), page_.pfnDlgProc,
+                                     reinterpret_cast<LPARAM>(&page_));
+        EXPECT_NE(handle_, nullptr);
+        ShowWindow(handle_, SW_SHOWNA);
+        EnableWindow(handle_, TRUE);
+        sheet.messages.clear();
+    }
+    void Unmake() {
+        if (IsWindow(handle_)) {
+            DestroyWindow(handle_);
+        }
+    }
+
+    // The page's template without its procedure, in the same sheet.
+    HWND MakeTemplate() const {
+        return CreateDialogParamW(
+            page_.hInstance, page_.pszTemplate, sheet.handle(),
+            [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0);
+    }
+
+    INT_PTR Ask(HWND window, UINT message, WPARAM wparam = 0, LPARAM lparam = 0) const {
+        return page_.pfnDlgProc(window, message, wparam, lparam);
+    }
+    INT_PTR Notify(UINT code) const {
+        PSHNOTIFY notification = {};
+        notification.hdr.hwndFrom = sheet.handle();
+        notification.hdr.code = code;
+        SetWindowLongPtrW(handle_, DWLP_MSGRESULT, 0x77);
+        return Ask(handle_, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&notification));
+    }
+    LONG_PTR NotifyResult() const { return GetWindowLongPtrW(handle_, DWLP_MSGRESULT); }
+
+    INT_PTR Use(int control, int notification = BN_CLICKED) const {
+        return Ask(handle_, WM_COMMAND, MAKEWPARAM(control, notification),
+                   reinterpret_cast<LPARAM>(GetDlgItem(handle_, control)));
+    }
+
+    HWND handle() const { return handle_; }
+    Window Page() const { return {driver_, handle_}; }
+    LPARAM Description() const { return reinterpret_cast<LPARAM>(&page_); }
+
+    // No settings, as from a host that has none.
+    void LoseRecord() {
+        parameters_.pOEMDM = nullptr;
+        common_.pOEMDM = nullptr;
+    }
+    void LoseCallback() { context_.callback = nullptr; }
+    void LoseCommonParameters() { context_.common = nullptr; }
+
+    Bytes record;
+    SheetWindow sheet;
+    std::vector<Call> calls;
+
+  private:
+    // As the pages find it at their creation parameter. What follows is none of these pages' business.
+    struct Context {
+        void* sheet;
+        void* page;
+        OEMUIPSPARAM* parameters;
+        OEMCUIPPARAM* common;
+        void* callback;
+        void* helper;
+        std::uint8_t rest[512];
+    };
+
+    static LONG_PTR CALLBACK Keep(HANDLE sheet, UINT function, LPARAM first, LPARAM second) {
+        static_cast<LonePage*>(sheet)->calls.push_back({sheet, function, first, second});
+        return 1;
+    }
+
+    UiDriver driver_{GetCurrentThreadId()};
+    PROPSHEETPAGEW page_ = {};
+    OEMCUIPPARAM common_ = {};
+    OEMUIPSPARAM parameters_ = {};
+    Context context_ = {};
+    HWND handle_ = nullptr;
+};
+
+}  // namespace pages::barcode
