@@ -75,6 +75,9 @@ void PrintTests(const UiDriver& driver, const Sheet& sheet, const std::vector<Li
             }
             page.SelectCombo(controls.types, PositionOf(page, controls, print.type));
             page.TypeText(controls.data, print.data);
+            if (!page.IsEnabled(controls.print)) {
+                throw UiError(ToUtf8(print.type) + ": there is nothing to print");
+            }
             if (printer != nullptr) {
                 printer->LabelNextJob(print.type);
             }

@@ -199,6 +199,58 @@ TEST_F(HostPrintTest, FailsWithAFolderThatCannotBeMade) {
     EXPECT_FALSE(std::filesystem::exists(File(L"record.bin")));
 }
 
+// --- Lists of test prints
+
+TEST_F(HostPrintTest, PrintsAList) {
+    const std::string list =
+        "2D\tQR Code\tcaf\xC3\xA9\n1D\tCode39\tA B\n1D\tUPC-A\t01234567890\n2D\tMaxi Code\t\xE7\xA5\xA8";
+    rig::WriteBytes(File(L"list.tsv"), Bytes(list.begin(), list.end()));
+    const ProgramRun run = Run(L"--prints list.tsv --jobs jobs --record record.bin");
+    EXPECT_EQ(run.exit_code, 0u) << run.errors;
+    // The 1D Code page first. Maxi Code gets what stands for a character that the code page has not.
+    const auto joined = [](const char* commands, const std::string& data) {
+        Bytes bytes = BytesOf(commands);
+        bytes.insert(bytes.end(), data.begin(), data.end());
+        const Bytes end = BytesOf("00 0A 1D 56 42 00");
+        bytes.insert(bytes.end(), end.begin(), end.end());
+        return bytes;
+    };
+    const std::vector<std::pair<std::wstring, Bytes>> expected = {
+        {L"001-Barcode-Code39.prn", joined("1D 66 00 1D 48 00 1D 77 03 1D 68 A3 1D 6B 04", "A B")},
+        {L"002-Barcode-UPC-A.prn", joined("1D 66 00 1D 48 00 1D 77 03 1D 68 A3 1D 6B 00", "01234567890")},
+        {L"003-2Dcode-QR-Code.prn", joined("1D 6F 00 03 00 01 1D 6B 0B 4D 41 2C", "caf\xE9")},
+        {L"004-2Dcode-Maxi-Code.prn", joined("1D 71 00 1D 6B 0C", "?")}};
+    EXPECT_EQ(Jobs(L"jobs"), expected);
+    const Bytes record = rig::ReadBytes(File(L"record.bin")).value_or(Bytes(1976));
+    EXPECT_EQ(record.at(596), 0);
+    EXPECT_EQ(record.at(884), 5);
+}
+
+TEST_F(HostPrintTest, FailsWithAListThatIsWrong) {
+    struct Case {
+        const char* list;
+        const char* error;
+    };
+    for (const auto& [list, error] :
+         {Case{"1D\tUPC-A\t01234567890\n3D\tUPC-A\t1\n", "list.tsv, line 2 is not"},
+          Case{"1D UPC-A 01234567890\n", "list.tsv, line 1 is not"},
+          Case{"1D\tUPC-A\n", "list.tsv, line 1 is not"}, Case{"\n", "list.tsv, line 1 is not"},
+          Case{"2D\tUPC-A\t01234567890\n", "\"UPC-A\" is no type of \"2D Code\""},
+          Case{"1D\tUPC-A\tABC\n", "UPC-A \"ABC\": BarCode data error!"},
+          Case{"1D\tUPC-A\t\n", "UPC-A: there is nothing to print"}}) {
+        SCOPED_TRACE(list);
+        const std::string text = list;
+        rig::WriteBytes(File(L"list.tsv"), Bytes(text.begin(), text.end()));
+        const ProgramRun run = Run(L"--prints list.tsv --record record.bin");
+        EXPECT_EQ(run.exit_code, 1u);
+        EXPECT_THAT(run.errors, AllOf(StartsWith("KVMR72Host: "), HasSubstr(error)));
+        EXPECT_FALSE(std::filesystem::exists(File(L"record.bin")));
+    }
+    const ProgramRun run = Run(L"--prints missing.tsv");
+    EXPECT_EQ(run.exit_code, 1u);
+    EXPECT_THAT(run.errors, AllOf(StartsWith("KVMR72Host: there is no file"), HasSubstr("missing.tsv")));
+}
+
 // --- Printers of the system
 
 TEST_F(HostPrintTest, FailsWithAPrinterThatThereIsNot) {
