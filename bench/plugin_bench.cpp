@@ -1,7 +1,7 @@
 // What the plug-in costs the program that prints: attaching the DLL, assembling and opening the document
-// sheet, showing and repainting its pages, switching the language, previews. Beside it, in the same run, what
-// a single profile call costs and what loading every text with one such call a key would; the last column is
-// the ratio to that.
+// sheet, showing and repainting its pages, switching the language, previews, test prints. Beside it, in the
+// same run, what a single profile call costs and what loading every text with one such call a key would; the
+// last column is the ratio to that.
 //
 //   plugin_bench PLUGIN_DLL LANGUAGE_FILE BITMAP
 //   plugin_bench PLUGIN_DLL LANGUAGE_FILE          only the list of fonts
@@ -9,12 +9,15 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "document_pages_bench.h"
 #include "measure.h"
 #include "plugin_host.h"
 #include "ui_driver.h"
+#include "virtual_printer.h"
 
 namespace {
 
@@ -100,7 +103,10 @@ int wmain(int argc, wchar_t** argv) {
         return 0;
     }
     MeasureAttach(argv[1]);
-    PluginHost host(argv[1]);
+    const VirtualPrinter printer(std::nullopt, std::filesystem::path(argv[1]).filename());
+    HostSettings settings;
+    settings.printer = printer.handle();
+    PluginHost host(argv[1], std::move(settings));
     MeasureAssembly(host);
     MeasureSheet(host);
     MeasureDocumentPages(host, argv[3]);
