@@ -389,6 +389,21 @@ TEST_F(Barcode1DPageTest, PutsTheDataBarGroupOntoTheGeneralOne) {
     });
 }
 
+// On a finer screen: one and a half times as far across, one and a quarter times as far down.
+TEST_F(Barcode1DPageTest, MovesByTheScreensDotsPerInch) {
+    per_inch_ = {144, 120};
+    LonePage lone(Description(), RecordOfCases());
+    lone.Make();
+    for (const Place& place : kMoved) {
+        EXPECT_EQ(PlaceOf(lone.Page(), place.control),
+                  (Place{place.control, MulDiv(place.x, 144, 96), MulDiv(place.y, 120, 96)}));
+    }
+}
+
+TEST_F(Barcode1DPageTest, HasItsPlaceInTheSheet) {
+    ExpectTemplate(297, 205, L"1D Code");
+}
+
 TEST_F(Barcode1DPageTest, KeepsSizesAndOrder) {
     const Bytes description = Description();
     LonePage lone(description, RecordOfCases());
@@ -681,7 +696,7 @@ TEST_F(Barcode1DPageTest, StoresTypedNumbersInTheirRange) {
                 EXPECT_EQ(page.Text(number.edit), typed.shown);
                 EXPECT_EQ(page.SpinPosition(number.spin), static_cast<int>(typed.stored));
             }
-            Look(sheet, page, "letters", [&] { page.AppendText(number.edit, L"x-"); });
+            ExpectDigitsOnly(sheet, page, number.edit);
         };
         page.Click(kComposite);
         for (const NumberCase& number : kGs1Numbers) {
@@ -692,6 +707,7 @@ TEST_F(Barcode1DPageTest, StoresTypedNumbersInTheirRange) {
         for (const NumberCase& number : kGeneralNumbers) {
             type(number);
         }
+        ExpectDigitsOnly(sheet, page, kHeight);
     });
 }
 
@@ -856,6 +872,16 @@ TEST_F(Barcode1DPageTest, ApplyShowsTheStoredHeight) {
         page.SelectCombo(kFont, 0);
         EXPECT_EQ(page.Text(kMillimetres), L" 17.5");
         EXPECT_EQ(page.Text(kPoints), L" 49.5");
+        // Of the chosen font: 703 dots are 99.2 mm and 281.2 points.
+        page.SelectCombo(kFont, 3);
+        record[Font1D(3, at1::kType)] = 5;
+        Step(sheet, page, "another font", record, [&] { page.SelectCombo(kType, 5); });
+        EXPECT_EQ(page.Text(kMillimetres), L" 19.3");
+        EXPECT_EQ(page.Text(kPoints), L" 55.0");
+        sheet.PressApply();
+        EXPECT_EQ(page.Text(kMillimetres), L" 99.2");
+        EXPECT_EQ(page.Text(kPoints), L"281.0");
+        EXPECT_EQ(Differences(record, Record()), "");
     });
 }
 
@@ -906,6 +932,26 @@ TEST_F(Barcode1DPageTest, CompositeEnablesItsRowHeight) {
     });
     OpenPage(record, [&](UiDriver&, Sheet&, const Window& page) {
         EXPECT_TRUE(page.IsChecked(kIndependence)) << "the choice is not stored";
+    });
+}
+
+TEST_F(Barcode1DPageTest, EachTypeKeepsTheKind) {
+    Bytes record = RecordOfType(9);
+    OpenPage(record, [&](UiDriver&, Sheet& sheet, const Window& page) {
+        for (const int kind : {kComposite, kIndependence}) {
+            SCOPED_TRACE(kind);
+            const bool is_composite = kind == kComposite;
+            page.Click(kind);
+            for (const std::uint8_t type : std::initializer_list<std::uint8_t>{10, 0, 12, 8, 11, 4, 9}) {
+                record[Font1D(0, at1::kType)] = type;
+                Step(sheet, page, "type " + std::to_string(type), record,
+                     [&] { page.SelectCombo(kType, type); });
+                EXPECT_EQ(page.IsChecked(kComposite), is_composite);
+                EXPECT_EQ(page.IsChecked(kIndependence), !is_composite);
+                EXPECT_EQ(Enabled(page, std::initializer_list<int>{kGs1Composite, kGs1CompositeSpin}),
+                          is_composite ? (Ids{kGs1Composite, kGs1CompositeSpin}) : Ids());
+            }
+        }
     });
 }
 
@@ -1079,6 +1125,14 @@ TEST_F(Barcode1DPageTest, RefusesDataInEveryLanguage) {
     OpenPage(RecordOfType(1), [&](UiDriver&, Sheet&, const Window& page) {
         page.TypeText(kData, L"1");
         ExpectRefused(page, kPrint, L"Error", L"BarCode data error!");
+    });
+    // This page's message and not the other's.
+    WriteUserFile(kEnglish,
+                  L"[MessageBox]\r\nMB_1DCODE_ERROR1=one\r\nMB_2DCODE_ERROR1=two\r\nMB_ERROR=no\r\n");
+    ChooseLanguage(kEnglish);
+    OpenPage(RecordOfType(1), [&](UiDriver&, Sheet&, const Window& page) {
+        page.TypeText(kData, L"1");
+        ExpectRefused(page, kPrint, L"no", L"one");
     });
 }
 

@@ -414,6 +414,9 @@ TEST_F(Barcode2DPageTest, TwentyTwoControlsHaveHelp) {
         std::for_each(std::begin(kGs1Helps), std::end(kGs1Helps), expect_help);
         page.SelectCombo(kType, kQr);
         std::for_each(std::begin(kQrHelps), std::end(kQrHelps), expect_help);
+        ChooseLanguage(kTraditionalChinese);
+        Repaint(page);
+        ExpectHelpOf(ui, page, kPrint, SourceText(kTraditionalChinese, L"2DCODE", L"CTEXT_BUTTON_PRINT2D"));
     });
 }
 
@@ -425,6 +428,21 @@ TEST_F(Barcode2DPageTest, PutsTheGroupsOntoTheDataBarOne) {
             EXPECT_EQ(PlaceOf(page, place.control), place);
         }
     });
+}
+
+// On a finer screen: one and a half times as far across, one and a quarter times as far down.
+TEST_F(Barcode2DPageTest, MovesByTheScreensDotsPerInch) {
+    per_inch_ = {144, 120};
+    LonePage lone(Description(), RecordOfCases());
+    lone.Make();
+    for (const Place& place : kMoved) {
+        EXPECT_EQ(PlaceOf(lone.Page(), place.control),
+                  (Place{place.control, MulDiv(place.x, 144, 96), MulDiv(place.y, 120, 96)}));
+    }
+}
+
+TEST_F(Barcode2DPageTest, HasItsPlaceInTheSheet) {
+    ExpectTemplate(294, 200, L"2D Code");
 }
 
 TEST_F(Barcode2DPageTest, KeepsSizesAndOrder) {
@@ -742,7 +760,7 @@ TEST_F(Barcode2DPageTest, StoresTypedNumbersInTheirRange) {
                          [&] { page.TypeText(number.edit, typed.text); });
                     EXPECT_EQ(page.Text(number.edit), std::to_wstring(typed.stored));
                 }
-                Look(sheet, page, "letters", [&] { page.AppendText(number.edit, L"x-"); });
+                ExpectDigitsOnly(sheet, page, number.edit);
                 if (number.edit == kGs1Composite) {
                     page.Click(kIndependence);
                 }
@@ -881,6 +899,48 @@ TEST_F(Barcode2DPageTest, CompositeHasFourSegmentsAtLeast) {
     });
     OpenPage(record, [&](UiDriver&, Sheet&, const Window& page) {
         EXPECT_TRUE(page.IsChecked(kIndependence)) << "the choice is not stored";
+    });
+}
+
+// Also where the box cannot be used.
+TEST_F(Barcode2DPageTest, CompositeRaisesTheSegmentsOfEachDataBar) {
+    OpenPage(RecordOfCases(), [&](UiDriver&, Sheet& sheet, const Window& page) {
+        for (const std::uint8_t type : {std::uint8_t{1}, std::uint8_t{2}, kExpandedStacked}) {
+            for (const std::uint8_t segments : {std::uint8_t{2}, std::uint8_t{3}}) {
+                SCOPED_TRACE(testing::PrintToString(std::pair(type, segments)));
+                Bytes record = RecordOfType(type);
+                record[Font2D(0, at2::kGs1Segments)] = segments;
+                SetRecord(record);
+                page.SelectCombo(kFont, 0);
+                Look(sheet, page, "Independence", [&] { page.Click(kIndependence); });
+                record[Font2D(0, at2::kGs1Segments)] = 4;
+                Step(sheet, page, "Composite", record, [&] { page.Click(kComposite); });
+                EXPECT_EQ(page.Text(kGs1Segments), L"4");
+                ExpectType(page, type);
+            }
+        }
+    });
+}
+
+TEST_F(Barcode2DPageTest, EachTypeKeepsTheKind) {
+    Bytes record = RecordOfType(1);
+    OpenPage(record, [&](UiDriver&, Sheet& sheet, const Window& page) {
+        for (const int kind : {kComposite, kIndependence}) {
+            SCOPED_TRACE(kind);
+            const bool is_composite = kind == kComposite;
+            Look(sheet, page, "kind", [&] { page.Click(kind); });
+            for (const std::uint8_t type : std::initializer_list<std::uint8_t>{2, 0, 3, 4, 3, 5, 1}) {
+                record[Font2D(0, at2::kType)] = type;
+                Step(sheet, page, "type " + std::to_string(type), record,
+                     [&] { page.SelectCombo(kType, type); });
+                ExpectType(page, type);
+                EXPECT_EQ(page.IsChecked(kComposite), is_composite);
+                EXPECT_EQ(page.IsChecked(kIndependence), !is_composite);
+                EXPECT_EQ(Enabled(page, kCompositeInputs), is_composite ? AllOf(kCompositeInputs) : Ids());
+                EXPECT_EQ(page.Text(kSegmentsRange), is_composite ? L"[ 4 . . 20 ]" : L"[ 2 . . 20 ]");
+                EXPECT_EQ(RangeOf(page, kGs1SegmentsSpin), (SpinRange{is_composite ? 4 : 2, 20}));
+            }
+        }
     });
 }
 

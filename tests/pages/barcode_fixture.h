@@ -9,9 +9,11 @@
 #include <winspool.h>
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <initializer_list>
 #include <iterator>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -295,11 +297,20 @@ class BarcodeTest : public PageTest {
             spooler_.Add("EndDocPrinter", printer);
             return spooler_.Succeeds() ? TRUE : FALSE;
         });
+        hooks_.On("GDI32.dll", "GetDeviceCaps", &GetDeviceCaps, [this](auto original, HDC dc, int index) {
+            if (per_inch_ && index == LOGPIXELSX) {
+                return static_cast<int>(per_inch_->x);
+            }
+            if (per_inch_ && index == LOGPIXELSY) {
+                return static_cast<int>(per_inch_->y);
+            }
+            return original(dc, index);
+        });
         HostSettings settings;
         settings.printer = kPrinter;
         StartHost(settings);
         for (const char* function : {"MessageBoxW", "StartDocPrinterW", "StartPagePrinter", "WritePrinter",
-                                     "EndPagePrinter", "EndDocPrinter"}) {
+                                     "EndPagePrinter", "EndDocPrinter", "GetDeviceCaps"}) {
             ASSERT_EQ(hooks_.Bound(function), 1) << function;
         }
     }
@@ -337,6 +348,17 @@ class BarcodeTest : public PageTest {
         Settle(page);
         EXPECT_EQ(Differences(before, Record()), "");
         EXPECT_FALSE(sheet.IsApplyEnabled());
+    }
+
+    // Letters and signs typed in the place of a box's number are not taken.
+    void ExpectDigitsOnly(const Sheet& sheet, const Window& page, int edit) {
+        SCOPED_TRACE(edit);
+        const std::wstring number = page.Text(edit);
+        Look(sheet, page, "letters", [&] {
+            page.Send(edit, EM_SETSEL, 0, -1);
+            page.AppendText(edit, L"x-");
+        });
+        EXPECT_EQ(page.Text(edit), number);
     }
 
     // What printing brings about: these calls, no message, no change of the record.
@@ -408,6 +430,29 @@ class BarcodeTest : public PageTest {
         ExpectHelp(ui, page, control, {area.left + 6, area.top + 6}, text);
     }
 
+    // The template's size in dialog units, title and font.
+    void ExpectTemplate(short width, short height, const std::wstring& title) {
+        const HMODULE module = Host().module();
+        const HRSRC resource = FindResourceW(module, MAKEINTRESOURCEW(template_), RT_DIALOG);
+        ASSERT_NE(resource, nullptr);
+        const auto* const bytes =
+            static_cast<const std::uint8_t*>(LockResource(LoadResource(module, resource)));
+        const Bytes dialog(bytes, bytes + SizeofResource(module, resource));
+        EXPECT_EQ(At<WORD>(dialog, 0), 1) << "an extended template";
+        EXPECT_EQ(At<WORD>(dialog, 2), 0xFFFF);
+        EXPECT_EQ(At<short>(dialog, 22), width);
+        EXPECT_EQ(At<short>(dialog, 24), height);
+        EXPECT_EQ(At<WORD>(dialog, 26), 0) << "no menu";
+        EXPECT_EQ(At<WORD>(dialog, 28), 0) << "no class of its own";
+        // With their terminators; in between the font's size, weight and kind.
+        constexpr wchar_t kFace[] = L"MS Shell Dlg";
+        const std::size_t title_size = (title.size() + 1) * sizeof(wchar_t);
+        ASSERT_GE(dialog.size(), 30 + title_size + 6 + sizeof kFace);
+        EXPECT_EQ(std::memcmp(dialog.data() + 30, title.c_str(), title_size), 0);
+        EXPECT_EQ(At<WORD>(dialog, 30 + title_size), 8) << "points";
+        EXPECT_EQ(std::memcmp(dialog.data() + 30 + title_size + 6, kFace, sizeof kFace), 0);
+    }
+
     // The description of the page as the host gets it.
     Bytes Description() {
         FakeSheet sheet;
@@ -423,6 +468,8 @@ class BarcodeTest : public PageTest {
     std::vector<Box> boxes_;
     bool shows_boxes_ = false;
     std::function<void()> on_box_;
+    // The screen's dots per inch across and down, in the place of its own.
+    std::optional<POINT> per_inch_;
     rig::ImportHooks hooks_;
 };
 
