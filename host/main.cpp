@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <optional>
@@ -90,6 +91,10 @@ void PrintJobLine(const PrintJob& job) {
     std::fflush(stdout);
 }
 
+// What --play may take, and each print of a list.
+constexpr std::chrono::seconds kPlayTime(60);
+constexpr std::chrono::seconds kPrintTime(1);
+
 SheetResult OpenPreferences(PluginHost& host, const Options& options, VirtualPrinter* printer) {
     SheetResult result;
     const auto open = [&] { result = host.OpenSheet(SheetKind::kDocument); };
@@ -106,7 +111,7 @@ SheetResult OpenPreferences(PluginHost& host, const Options& options, VirtualPri
         }
     };
     if (options.play || options.prints) {
-        RunDriven(open, script);
+        RunDriven(open, script, kPlayTime + kPrintTime * prints.size());
     } else if (options.pictures) {
         RunThenHandOver(open, script);
     } else {

@@ -55,10 +55,14 @@ std::vector<ListedPrint> ReadPrintList(const std::filesystem::path& file) {
     const std::wstring text = FromUtf8({reinterpret_cast<const char*>(bytes->data()), bytes->size()});
     std::vector<ListedPrint> prints;
     std::size_t number = 1;
-    for (std::size_t begin = 0; begin < text.size(); ++number) {
+    // Editors mark UTF-8 and end lines as they like.
+    for (std::size_t begin = text.starts_with(L'\xFEFF') ? 1 : 0; begin < text.size(); ++number) {
         const std::size_t end = std::min(text.find(L'\n', begin), text.size());
-        prints.push_back(ReadLine(std::wstring_view(text).substr(begin, end - begin),
-                                  ToUtf8(file.native()) + ", line " + std::to_string(number)));
+        std::wstring_view line = std::wstring_view(text).substr(begin, end - begin);
+        if (line.ends_with(L'\r')) {
+            line.remove_suffix(1);
+        }
+        prints.push_back(ReadLine(line, ToUtf8(file.native()) + ", line " + std::to_string(number)));
         begin = end + 1;
     }
     return prints;
@@ -75,6 +79,9 @@ void PrintTests(const UiDriver& driver, const Sheet& sheet, const std::vector<Li
             }
             page.SelectCombo(controls.types, PositionOf(page, controls, print.type));
             page.TypeText(controls.data, print.data);
+            if (page.Text(controls.data) != print.data) {
+                throw UiError(ToUtf8(print.type) + ": the box does not take \"" + ToUtf8(print.data) + "\"");
+            }
             if (!page.IsEnabled(controls.print)) {
                 throw UiError(ToUtf8(print.type) + ": there is nothing to print");
             }

@@ -45,11 +45,15 @@ std::string ShownBytes(const void* bytes, DWORD size) {
 
 std::wstring FileNamePart(std::wstring_view text) {
     constexpr std::wstring_view kForbidden = L"<>:\"/\\|?*";
+    // Halves of characters, also one that is cut here, are no part of a name either.
+    constexpr wchar_t kFirstHalf = 0xD800;
+    constexpr wchar_t kLastHalf = 0xDFFF;
     std::wstring part(text.substr(0, kLongestName));
     for (wchar_t& unit : part) {
         if (unit <= L' ') {
             unit = L'-';
-        } else if (kForbidden.find(unit) != std::wstring_view::npos) {
+        } else if (kForbidden.find(unit) != std::wstring_view::npos ||
+                   (unit >= kFirstHalf && unit <= kLastHalf)) {
             unit = L'_';
         }
     }
@@ -319,7 +323,9 @@ bool VirtualPrinter::FinishJob(bool printed) {
     jobs_.push_back(job_);
     job_.bytes.clear();
     if (on_job) {
-        on_job(jobs_.back());
+        // Who is told may print again, which moves the jobs.
+        const PrintJob finished = jobs_.back();
+        on_job(finished);
     }
     return true;
 }

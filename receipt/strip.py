@@ -19,6 +19,7 @@ LINE = 30
 TO_CUTTER = 90
 DASH, GAP = 12, 8
 BLACK, GREY, WHITE = 0, 140, 255
+LONGEST = 100_000  # rows that are drawn: 14 metres
 
 FONT_FILE = "/usr/share/fonts/truetype/liberation/LiberationMono-Regular.ttf"
 # Of each font: the cell's width and height, and the size in which the letters fill it.
@@ -62,6 +63,7 @@ class Strip:
     notes: list[Note] = field(default_factory=list)
     logos: list[Image.Image] = field(default_factory=list)
     cuts: list[int] = field(default_factory=list)
+    too_long: bool = False  # ends before the job does
 
     @property
     def failures(self) -> list[Note]:
@@ -265,6 +267,10 @@ def render(commands: Iterable[Command], fault: str | None = None) -> Strip:
     paper = Paper()
     for command in commands:
         paper.take(command)
+        if paper.y > LONGEST:
+            paper.note(command, f"the paper is longer than {LONGEST} rows: nothing after it is shown", failure=True)
+            paper.strip.too_long = True
+            break
     if fault is not None:
         paper.remark(f"{fault}. Nothing after it is shown.")
     return paper.finish()

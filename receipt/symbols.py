@@ -37,14 +37,20 @@ class Drawing:
     text: str
 
 
+# Seconds that zint may take for a symbol.
+PATIENCE = 20
+
+
 def run_zint(arguments: list[str], data: bytes) -> bytes:
     """What zint prints for the data, a warning counting as a refusal: it says that the symbol is not as commanded."""
     command = ["zint", "--binary", "--werror", "--notext", *arguments, "-i", "-"]
     with tempfile.TemporaryDirectory() as folder:  # it writes out.png beside it unless told otherwise
         try:
-            run = subprocess.run(command, input=data, capture_output=True, check=False, cwd=folder)
+            run = subprocess.run(command, input=data, capture_output=True, check=False, cwd=folder, timeout=PATIENCE)
         except FileNotFoundError as error:
             raise ToolMissing("zint is not installed") from error
+        except subprocess.TimeoutExpired as error:
+            raise Refused(f"zint has not ended after {PATIENCE} seconds") from error
     if run.returncode != 0:
         lines = run.stderr.decode("utf-8", "replace").strip().splitlines() or [f"zint failed with {run.returncode}"]
         raise Refused(lines[0].partition(": ")[2] or lines[0])

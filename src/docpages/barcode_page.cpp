@@ -21,8 +21,8 @@ void ShowControl(HWND dialog, int control, bool isShown) noexcept {
 
 void MoveControls(HWND dialog, std::span<const ControlPlace> places) noexcept {
     const WindowDc dc(dialog);
-    const int acrossPerInch = GetDeviceCaps(dc.Get(), LOGPIXELSX);
-    const int downPerInch = GetDeviceCaps(dc.Get(), LOGPIXELSY);
+    const int acrossPerInch = dc ? GetDeviceCaps(dc.Get(), LOGPIXELSX) : kPlacesPerInch;
+    const int downPerInch = dc ? GetDeviceCaps(dc.Get(), LOGPIXELSY) : kPlacesPerInch;
     for (const ControlPlace& place : places) {
         SetWindowPos(
             GetDlgItem(dialog, place.control), nullptr, MulDiv(place.x, acrossPerInch, kPlacesPerInch),

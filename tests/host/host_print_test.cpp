@@ -203,7 +203,8 @@ TEST_F(HostPrintTest, FailsWithAFolderThatCannotBeMade) {
 
 TEST_F(HostPrintTest, PrintsAList) {
     const std::string list =
-        "2D\tQR Code\tcaf\xC3\xA9\n1D\tCode39\tA B\n1D\tUPC-A\t01234567890\n2D\tMaxi Code\t\xE7\xA5\xA8";
+        "\xEF\xBB\xBF\x32\x44\tQR Code\tcaf\xC3\xA9\r\n1D\tCode39\tA B\n1D\tUPC-A\t01234567890\n2D\tMaxi "
+        "Code\t\xE7\xA5\xA8";
     rig::WriteBytes(File(L"list.tsv"), Bytes(list.begin(), list.end()));
     const ProgramRun run = Run(L"--prints list.tsv --jobs jobs --record record.bin");
     EXPECT_EQ(run.exit_code, 0u) << run.errors;
@@ -237,7 +238,8 @@ TEST_F(HostPrintTest, FailsWithAListThatIsWrong) {
           Case{"1D\tUPC-A\n", "list.tsv, line 1 is not"}, Case{"\n", "list.tsv, line 1 is not"},
           Case{"2D\tUPC-A\t01234567890\n", "\"UPC-A\" is no type of \"2D Code\""},
           Case{"1D\tUPC-A\tABC\n", "UPC-A \"ABC\": BarCode data error!"},
-          Case{"1D\tUPC-A\t\n", "UPC-A: there is nothing to print"}}) {
+          Case{"1D\tUPC-A\t\n", "UPC-A: there is nothing to print"},
+          Case{"1D\tCode39\tA\tB\n", "Code39: the box does not take"}}) {
         SCOPED_TRACE(list);
         const std::string text = list;
         rig::WriteBytes(File(L"list.tsv"), Bytes(text.begin(), text.end()));

@@ -546,6 +546,10 @@ TEST_F(VirtualPrinterTest, NamesFilesAfterTheJob) {
         {5, L"\u4E2D\u6587.", L"", L"005-\u4E2D\u6587."},
         {6, L"0123456789012345678901234567890123456789012345678901234567890123456789", L"",
          L"006-0123456789012345678901234567890123456789012345678901234567890123"},
+        // A character of two halves, whole and cut in the middle.
+        {7, L"\xD83D\xDE00", L"", L"007-__"},
+        {8, L"012345678901234567890123456789012345678901234567890123456789012\xD83D\xDE00", L"",
+         L"008-012345678901234567890123456789012345678901234567890123456789012_"},
     };
     for (const auto& name : kNames) {
         EXPECT_EQ(JobFileStem({.number = name.number, .document = name.document, .label = name.label}),

@@ -218,6 +218,17 @@ class Show(unittest.TestCase):
         for option in ("--document", "--source", "--png", "--scan", "--text", "Exit codes"):
             self.assertIn(option, run.stdout)
 
+    def test_paper_that_is_too_long(self):
+        job = bytes.fromhex("0A") + bytes.fromhex("1D5642FF") * 400
+        run = self.show(job, "--png", str(self.png))
+        self.assertEqual(run.returncode, 1, run.stdout + run.stderr)
+        self.assertIn("the paper is longer than 100000 rows: nothing after it is shown", run.stdout)
+
+    def test_job_that_is_too_large(self):
+        run = self.show(bytes(4 * 1024 * 1024 + 1))
+        self.assertEqual(run.returncode, 1)
+        self.assertEqual(run.stdout, "ERROR the job has 4194305 bytes: only a download has more than 4194304\n")
+
 
 class Readers(unittest.TestCase):
     def test_pinned_version(self):
@@ -244,12 +255,24 @@ class Readers(unittest.TestCase):
         self.assertEqual([found[reader][1] for reader in readers.READERS], [[], [], []])
 
     def test_data_that_looks_like_markup(self):
-        for data in ("]]>", "<data><![CDATA[x]]></data>", "'&amp;\""):
+        for data in ("]]>", "<data><![CDATA[x]]></data>", "'&amp;\"", "</source><source href='x'></source>"):
             with tempfile.TemporaryDirectory() as folder:
                 picture = os.path.join(folder, "a.png")
                 subprocess.run([*ZINT, "-d", data, "-o", picture], check=True)
                 for reader, found in readers.read_files([picture]).items():
                     self.assertEqual([reading.data for reading in found[0]], [data.encode()], reader)
+
+    def test_data_that_looks_like_a_readers_output(self):
+        with tempfile.TemporaryDirectory() as folder:
+            for data in ("x\nBytes: zz\n", "x\nFormat: QRCode\n", "\x85\u2028"):
+                picture = os.path.join(folder, "a.png")
+                source = os.path.join(folder, "a.txt")
+                with open(source, "w", encoding="utf-8", newline="") as file:
+                    file.write(data)
+                subprocess.run([*ZINT, "-i", source, "-o", picture], check=True)
+                found = readers.read_files([picture])
+                for reader in ("ZXing", "zxing-wasm"):
+                    self.assertEqual(len(found[reader][0]), 1, (data, reader))
 
     def test_nothing_to_read(self):
         self.assertEqual(readers.read_files([]), {"zbar": [], "ZXing": [], "zxing-wasm": []})
