@@ -8,8 +8,13 @@
 #include "base/platform.h"
 #include "devmode/devmode_record.h"
 #include "devmode/oemdev.h"
+#include "docpages/barcode_1d_page.h"
+#include "docpages/barcode_2d_page.h"
 #include "docpages/tab_captions.h"
 #include "intrface/oem_ui.h"
+#include "intrface/win/sheet_context.h"
+#include "printer/barcode_commands.h"
+#include "resources/resource.h"
 #include "rig/plugin_dll.h"
 #include "rig/trace_capture.h"
 
@@ -160,6 +165,51 @@ TEST_F(Severities, TitlesOfDialogsAreWrittenAtEveryLevel) {
                    {kVerbose, L"UI:  EnumWindowsProc out\r\n"}},
                   [&] { EXPECT_TRUE(FindPrinterSheets(dialog, 0)); });
     DestroyWindow(dialog);
+}
+
+// Without a printer the job ends at its first call, which writes nothing.
+TEST_F(Severities, TestPrints) {
+    OEMDEV record = {};
+    record.Barcode1D[0].bElementWidth = 3;
+    record.Barcode2D[0].bType2D = kQrCode;
+    OEMUIPSPARAM parameters = {};
+    parameters.pOEMDM = &record;
+    DocumentSheetContext context;
+    context.lParamInit = &parameters;
+    struct Page {
+        DLGPROC procedure;
+        int data;
+        int print;
+        std::vector<Line> lines;
+    };
+    const std::vector<Line> check = {
+        {kVerbose, L"UI:  CheckBarcodeData() entry!\r\n"},
+        {kVerbose, L"UI:  CheckBarcodeData() Idex = 0!\r\n"},
+        {kVerbose, L"UI:  CheckBarcodeData() 00000000000000000000000!\r\n"},
+        {kVerbose, L"UI:  CheckBarcodeData() 1111111111111111111111!\r\n"},
+        {kVerbose, L"UI:  CheckBarcodeData() 22222222222222222!\r\n"},
+    };
+    Page pages[] = {{BarcodePropPageProc, IDC_BARCODE1D_DATA, IDC_BARCODE1D_PRINT, check},
+                    {Barcode2DPropPageProc,
+                     IDC_BARCODE2D_DATA,
+                     IDC_BARCODE2D_PRINT,
+                     {{kVerbose, L"UI:  CheckBarcodeData() entry!\r\n"},
+                      {kVerbose, L"UI:  CheckBarcodeData() Idex = 17!\r\n"}}}};
+    pages[0].lines.insert(pages[0].lines.begin(), {kVerbose, L"UI:  barcode() entry!\r\n"});
+    pages[1].lines.insert(pages[1].lines.begin(), {kVerbose, L"UI:  bar2Dcode() entry!\r\n"});
+    for (const Page& page : pages) {
+        const HWND dialog = CreateWindowExW(0, L"#32770", L"", WS_OVERLAPPED, 0, 0, 10, 10, nullptr, nullptr,
+                                            GetModuleHandleW(nullptr), nullptr);
+        ASSERT_NE(dialog, nullptr);
+        CreateWindowExW(0, L"Edit", L"123456789012", WS_CHILD, 0, 0, 9, 9, dialog,
+                        reinterpret_cast<HMENU>(static_cast<INT_PTR>(page.data)), nullptr, nullptr);
+        SetWindowLongPtrW(dialog, DWLP_USER, reinterpret_cast<LONG_PTR>(&context));
+        ExpectWritten(page.lines, [&] {
+            EXPECT_TRUE(
+                page.procedure(dialog, WM_COMMAND, MAKEWPARAM(static_cast<WORD>(page.print), BN_CLICKED), 0));
+        });
+        DestroyWindow(dialog);
+    }
 }
 
 }  // namespace
