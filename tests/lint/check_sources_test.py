@@ -9,6 +9,9 @@ import unittest
 
 CHECKER = os.path.join(os.path.dirname(os.path.abspath(__file__)), "check_sources.py")
 
+# A caption may hold a word that stands nowhere else.
+CAPTION = "Sp" "ecification of a till"
+
 CLEAN = {
     ".clang-format": "BasedOnStyle: Google\nSortIncludes: Never\n",
     ".gitignore": "/ignored/\n",
@@ -18,7 +21,8 @@ CLEAN = {
         "set(WIN32_SOURCES\n  src/devpages/font.cpp\n  src/docpages/page.cpp\n  src/intrface/dll.cpp\n  src/intrface/win/shell.cpp\n"
         "  src/language/lookup.cpp\n)\n"
     ),
-    "language/ENG.res": '[A]\nB="Application Identifier Specification to Data"\n',
+    "language/ENG.res": f'[A]\nB="{CAPTION}"\n',
+    "tests/lint/language_keys.txt": f"A\tB\t50\t{CAPTION}\n",
     "src/base/text.h": "#include <string>\n",
     "src/base/text.cpp": '#include "base/text.h"\n// #include <windows.h>\n/*\n#include <windows.h>\n*/\n',
     "src/devmode/record.h": '#include "base/text.h"\n',

@@ -64,13 +64,18 @@ constexpr Caption kCaptions[] = {
     {1036, L"RC_BUTTON_PRINT", L"Print"},
 };
 
-const ListCaption kListCaptions[] = {
-    {kHriPosition,
-     L"RC_STATIC_1DCODE_POSITION",
-     {L"Not printed", L"Above the barcode", L"Below the barcode", L"Both above and below the barcode"}},
-    {kGs1Hri, L"RC_CMB_HRI", {L"Primary and Secondary Data", L"Primary Data", L"Secondary Data", L"None"}},
-    {kGs1Expanded, L"RC_CMB_AI", {L"None", L"Application Identifier Specification to Data"}},
-};
+const std::vector<ListCaption>& ListCaptions() {
+    static const std::vector<ListCaption> lists = {
+        {kHriPosition,
+         L"RC_STATIC_1DCODE_POSITION",
+         {L"Not printed", L"Above the barcode", L"Below the barcode", L"Both above and below the barcode"}},
+        {kGs1Hri,
+         L"RC_CMB_HRI",
+         {L"Primary and Secondary Data", L"Primary Data", L"Secondary Data", L"None"}},
+        {kGs1Expanded, L"RC_CMB_AI", {L"None", SourceText(kEnglish, L"1DCODE", L"RC_CMB_AI2")}},
+    };
+    return lists;
+}
 
 // The same in every language.
 const Texts kFontNames = {L"1D Code1", L"1D Code2", L"1D Code3", L"1D Code4",
@@ -312,7 +317,7 @@ TEST_F(Barcode1DPageTest, ShowsItsTextsInEveryLanguage) {
         OpenPage(RecordOfCases(), [&](UiDriver&, Sheet& sheet, const Window& page) {
             EXPECT_EQ(sheet.TabTitles().at(kTab1D), SourceText(file, L"1DCODE", L"RC_1DCODEFORM"));
             EXPECT_EQ(CaptionsOf(page), SourceCaptions(file));
-            for (const ListCaption& list : kListCaptions) {
+            for (const ListCaption& list : ListCaptions()) {
                 Texts expected;
                 for (std::size_t i = 1; i <= list.english.size(); ++i) {
                     expected.push_back(SourceText(file, L"1DCODE", (list.key + std::to_wstring(i)).c_str()));
@@ -329,7 +334,7 @@ TEST_F(Barcode1DPageTest, ShowsEnglishWithoutAnyFile) {
     OpenPage(RecordOfCases(), [&](UiDriver&, Sheet& sheet, const Window& page) {
         EXPECT_EQ(sheet.TabTitles().at(kTab1D), L"1D Code");
         EXPECT_EQ(CaptionsOf(page), DefaultCaptions());
-        for (const ListCaption& list : kListCaptions) {
+        for (const ListCaption& list : ListCaptions()) {
             EXPECT_EQ(page.ComboItems(list.list), list.english);
         }
         ExpectFixedTexts(page);

@@ -86,18 +86,21 @@ constexpr Caption kCaptions[] = {
     {1106, L"RC_BUTTON_PRINT2D", L"Print"},
 };
 
-const ListCaption kListCaptions[] = {
-    {kPdfEcc,
-     L"RC_STATIC_2DCODE_ERRORCOR",
-     {L"Error Correction Level 0", L"Error Correction Level 1", L"Error Correction Level 2",
-      L"Error Correction Level 3", L"Error Correction Level 4", L"Error Correction Level 5",
-      L"Error Correction Level 6", L"Error Correction Level 7", L"Error Correction Level 8"}},
-    {kGs1Hri,
-     L"RC_IDC_CMB_HRI2",
-     {L"Primary and Secondary Data", L"Primary Data", L"Secondary Data", L"None"}},
-    {kGs1Expanded, L"RC_IDC_CMB_AI2", {L"None", L"Application Identifier Specification to Data"}},
-    {kQrLanguage, L"RC_CMB_FONTMODE", {L"Chinese", L"Japanese"}},
-};
+const std::vector<ListCaption>& ListCaptions() {
+    static const std::vector<ListCaption> lists = {
+        {kPdfEcc,
+         L"RC_STATIC_2DCODE_ERRORCOR",
+         {L"Error Correction Level 0", L"Error Correction Level 1", L"Error Correction Level 2",
+          L"Error Correction Level 3", L"Error Correction Level 4", L"Error Correction Level 5",
+          L"Error Correction Level 6", L"Error Correction Level 7", L"Error Correction Level 8"}},
+        {kGs1Hri,
+         L"RC_IDC_CMB_HRI2",
+         {L"Primary and Secondary Data", L"Primary Data", L"Secondary Data", L"None"}},
+        {kGs1Expanded, L"RC_IDC_CMB_AI2", {L"None", SourceText(kEnglish, L"2DCODE", L"RC_IDC_CMB_AI22")}},
+        {kQrLanguage, L"RC_CMB_FONTMODE", {L"Chinese", L"Japanese"}},
+    };
+    return lists;
+}
 
 // The same in every language.
 const ListCaption kFixedLists[] = {
@@ -355,7 +358,7 @@ TEST_F(Barcode2DPageTest, ShowsItsTextsInEveryLanguage) {
         OpenPage(RecordOfCases(), [&](UiDriver&, Sheet& sheet, const Window& page) {
             EXPECT_EQ(sheet.TabTitles().at(kTab2D), SourceText(file, L"2DCODE", L"RC_2DCODEFORM"));
             EXPECT_EQ(CaptionsOf(page), SourceCaptions(file));
-            for (const ListCaption& list : kListCaptions) {
+            for (const ListCaption& list : ListCaptions()) {
                 Texts expected;
                 for (std::size_t i = 1; i <= list.english.size(); ++i) {
                     expected.push_back(SourceText(file, L"2DCODE", (list.key + std::to_wstring(i)).c_str()));
@@ -372,7 +375,7 @@ TEST_F(Barcode2DPageTest, ShowsEnglishWithoutAnyFile) {
     OpenPage(RecordOfCases(), [&](UiDriver&, Sheet& sheet, const Window& page) {
         EXPECT_EQ(sheet.TabTitles().at(kTab2D), L"2D Code");
         EXPECT_EQ(CaptionsOf(page), DefaultCaptions());
-        for (const ListCaption& list : kListCaptions) {
+        for (const ListCaption& list : ListCaptions()) {
             EXPECT_EQ(page.ComboItems(list.list), list.english);
         }
         ExpectFixedTexts(page);
