@@ -107,12 +107,6 @@ void PagePainted(HWND dialog) {
     VersionPageTexts().ApplyTo(dialog);
 }
 
-INT_PTR SheetNotified(HWND dialog, UINT code) noexcept {
-    return code == PSN_APPLY || code == PSN_KILLACTIVE || code == PSN_SETACTIVE
-               ? AnswerNotification(dialog, 0)
-               : FALSE;
-}
-
 INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_NCDESTROY) {
         RemovePropW(dialog, kUnderlinedProperty);
@@ -135,7 +129,7 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_COMMAND:
             return HIWORD(wParam) == 0 ? TRUE : FALSE;
         case WM_NOTIFY:
-            return lParam != 0 ? SheetNotified(dialog, reinterpret_cast<const NMHDR*>(lParam)->code) : FALSE;
+            return AnswerSheet(dialog, lParam, [] {});
         case WM_MOUSEMOVE:
         case WM_LBUTTONDOWN:
         case WM_LBUTTONDBLCLK:

@@ -11,6 +11,7 @@
 #include "intrface/win/help_tips.h"
 #include "intrface/win/page.h"
 #include "intrface/win/property_sheet.h"
+#include "language/messages.h"
 #include "language/text_lookup.h"
 #include "printer/barcode_commands.h"
 #include "printer/barcode_height.h"
@@ -39,6 +40,13 @@ constexpr NumberRow kNumbers[] = {
      {IDC_BARCODE1D_GS1_SEPARATOR, IDC_BARCODE1D_GS1_SEPARATOR_SPIN, IDC_BARCODE1D_GS1_SEPARATOR_RANGE}},
 };
 static_assert(std::size(kNumbers) == static_cast<std::size_t>(Number1D::kCount));
+
+constexpr FontList<BarcodeFont1D> kHriPositions = {IDC_BARCODE1D_HRI_POSITION, &BarcodeFont1D::bHriPosition,
+                                                   0};
+constexpr FontList<BarcodeFont1D> kGs1Lists[] = {
+    {IDC_BARCODE1D_GS1_HRI, &BarcodeFont1D::bGs1Hri, kFirstGs1Hri},
+    {IDC_BARCODE1D_GS1_EXPANDED, &BarcodeFont1D::bGs1ExpandedAi, 0},
+};
 
 constexpr int kGeneralControls[] = {
     IDC_BARCODE1D_GENERAL_GROUP,
@@ -121,7 +129,7 @@ void ShowType(HWND dialog, const BarcodeFont1D& font) noexcept {
     ShowControls(dialog, kGeneralControls, !uses.dataBar);
     ShowControls(dialog, kGs1Controls, uses.dataBar);
     EnableItem(dialog, IDC_BARCODE1D_GS1_EXPANDED, uses.expandedAi);
-    ShowSample(dialog, IDC_BARCODE1D_DATA, SampleOf(font));
+    SetDlgItemTextW(dialog, IDC_BARCODE1D_DATA, SampleOf(font));
 }
 
 void EnableHriFont(HWND dialog, const BarcodeFont1D& font) noexcept {
@@ -141,12 +149,13 @@ void ShowFont(HWND dialog, const BarcodeFont1D& font) {
     for (const NumberRow& row : kNumbers) {
         ShowNumber(dialog, row.controls, NumberShown(font, row.number));
     }
-    SelectItem(dialog, IDC_BARCODE1D_HRI_POSITION, font.bHriPosition);
+    ShowItem(dialog, kHriPositions, font);
     EnableHriFont(dialog, font);
     CheckItem(dialog, IDC_BARCODE1D_HRI_FONT_A, font.bHriFont == 0);
     CheckItem(dialog, IDC_BARCODE1D_HRI_FONT_B, font.bHriFont != 0);
-    SelectItem(dialog, IDC_BARCODE1D_GS1_HRI, font.bGs1Hri - kFirstGs1Hri);
-    SelectItem(dialog, IDC_BARCODE1D_GS1_EXPANDED, font.bGs1ExpandedAi);
+    for (const FontList<BarcodeFont1D>& row : kGs1Lists) {
+        ShowItem(dialog, row, font);
+    }
     ShowFontHeight(dialog, TextsOfFontHeight(FontHeight(font)));
     ShowType(dialog, font);
 }
@@ -213,23 +222,9 @@ void NumberTyped(HWND dialog, const NumberRow& row, BarcodeFont1D& font) {
 }
 
 void HriPositionChosen(HWND dialog, BarcodeFont1D& font) {
-    font.bHriPosition =
-        static_cast<std::uint8_t>(SelectedItem(dialog, IDC_BARCODE1D_HRI_POSITION, font.bHriPosition));
+    TakeItem(dialog, kHriPositions, font);
     EnableHriFont(dialog, font);
     HeightChanged(dialog, font);
-}
-
-void Gs1HriChosen(HWND dialog, BarcodeFont1D& font) {
-    const int shown = font.bGs1Hri - kFirstGs1Hri;
-    font.bGs1Hri =
-        static_cast<std::uint8_t>(SelectedItem(dialog, IDC_BARCODE1D_GS1_HRI, shown) + kFirstGs1Hri);
-    MarkChanged(dialog);
-}
-
-void Gs1ExpandedChosen(HWND dialog, BarcodeFont1D& font) {
-    font.bGs1ExpandedAi =
-        static_cast<std::uint8_t>(SelectedItem(dialog, IDC_BARCODE1D_GS1_EXPANDED, font.bGs1ExpandedAi));
-    MarkChanged(dialog);
 }
 
 void PrintTest(HWND dialog, const DocumentSheetContext& context, const BarcodeFont1D& font) {
@@ -239,9 +234,7 @@ void PrintTest(HWND dialog, const DocumentSheetContext& context, const BarcodeFo
         ShowMessage(dialog, Message::kBarcode1D, MessageTitle::kError, MessageIcon::kNone);
         return;
     }
-    if (const CommandPieces pieces = TestPrint(font, data); !pieces.empty()) {
-        SendRawJob(PrinterOf(context), kBarcodeJob, pieces);
-    }
+    SendTestPrint(context, kBarcodeJob, TestPrint(font, data));
 }
 
 INT_PTR ControlUsed(HWND dialog, const DocumentSheetContext& context, OEMDEV& record, int control,
@@ -257,6 +250,15 @@ INT_PTR ControlUsed(HWND dialog, const DocumentSheetContext& context, OEMDEV& re
     }
     const bool isChosen = notification == CBN_SELCHANGE;
     const bool isClicked = notification == BN_CLICKED;
+    for (const FontList<BarcodeFont1D>& row : kGs1Lists) {
+        if (row.list == control) {
+            if (isChosen) {
+                TakeItem(dialog, row, font);
+                MarkChanged(dialog);
+            }
+            return TRUE;
+        }
+    }
     switch (control) {
         case IDC_BARCODE1D_FONT:
             if (isChosen) {
@@ -286,16 +288,6 @@ INT_PTR ControlUsed(HWND dialog, const DocumentSheetContext& context, OEMDEV& re
                 EnableCompositeRow(dialog);
             }
             return TRUE;
-        case IDC_BARCODE1D_GS1_HRI:
-            if (isChosen) {
-                Gs1HriChosen(dialog, font);
-            }
-            return TRUE;
-        case IDC_BARCODE1D_GS1_EXPANDED:
-            if (isChosen) {
-                Gs1ExpandedChosen(dialog, font);
-            }
-            return TRUE;
         case IDC_BARCODE1D_DATA:
             if (notification == EN_CHANGE) {
                 EnablePrint(dialog, IDC_BARCODE1D_DATA, IDC_BARCODE1D_PRINT);
@@ -311,21 +303,11 @@ INT_PTR ControlUsed(HWND dialog, const DocumentSheetContext& context, OEMDEV& re
     }
 }
 
-INT_PTR SheetNotified(HWND dialog, const DocumentSheetContext& context, OEMDEV* record, UINT code) {
-    switch (code) {
-        case PSN_APPLY:
-            if (record != nullptr) {
-                ShowFontHeight(dialog, TextsOfFontHeight(SelectedFont(dialog, *record).dwFontHeight));
-            }
-            ReportApplied(context.pfnComPropSheet, context.hComPropSheet,
-                          reinterpret_cast<LPARAM>(context.hPage), dialog);
-            return AnswerNotification(dialog, PSNRET_NOERROR);
-        case PSN_KILLACTIVE:
-        case PSN_SETACTIVE:
-            return AnswerNotification(dialog, 0);
-        default:
-            return FALSE;
+void PageApplied(HWND dialog, const DocumentSheetContext& context, OEMDEV* record) {
+    if (record != nullptr) {
+        ShowFontHeight(dialog, TextsOfFontHeight(SelectedFont(dialog, *record).dwFontHeight));
     }
+    ReportTestPageApplied(dialog, context);
 }
 
 INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -348,14 +330,9 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
             return record != nullptr ? ControlUsed(dialog, *context, *record, LOWORD(wParam), HIWORD(wParam))
                                      : FALSE;
         case WM_NOTIFY:
-            return lParam != 0
-                       ? SheetNotified(dialog, *context, record, reinterpret_cast<const NMHDR*>(lParam)->code)
-                       : FALSE;
-        case WM_SYSCOMMAND:
-        case WM_SETICON:
-            return DefWindowProcW(dialog, message, wParam, lParam);
+            return AnswerSheet(dialog, lParam, [&] { PageApplied(dialog, *context, record); });
         default:
-            return FALSE;
+            return PassOn(dialog, message, wParam, lParam);
     }
 }
 

@@ -11,6 +11,7 @@
 #include "intrface/win/help_tips.h"
 #include "intrface/win/page.h"
 #include "intrface/win/property_sheet.h"
+#include "language/messages.h"
 #include "language/text_lookup.h"
 #include "printer/barcode_commands.h"
 #include "printer/raw_job.h"
@@ -50,14 +51,7 @@ constexpr NumberRow kNumbers[] = {
 };
 static_assert(std::size(kNumbers) == static_cast<std::size_t>(Number2D::kCount));
 
-// A list whose selection, counted from `first`, is a byte of the font.
-struct ListRow {
-    int list;
-    std::uint8_t BarcodeFont2D::*field;
-    int first;
-};
-
-constexpr ListRow kLists[] = {
+constexpr FontList<BarcodeFont2D> kLists[] = {
     {IDC_BARCODE2D_PDF_ECC, &BarcodeFont2D::bPdfEccLevel, 0},
     {IDC_BARCODE2D_GS1_HRI, &BarcodeFont2D::bGs1Hri2D, kFirstGs1Hri},
     {IDC_BARCODE2D_GS1_EXPANDED, &BarcodeFont2D::bGs1ExpandedAi2D, 0},
@@ -162,7 +156,7 @@ void ShowType(HWND dialog, const BarcodeFont2D& font) noexcept {
     for (const int control : kExpandedStackedInputs) {
         EnableItem(dialog, control, uses.expandedStacked);
     }
-    ShowSample(dialog, IDC_BARCODE2D_DATA, kBarcodeSample2D);
+    SetDlgItemTextW(dialog, IDC_BARCODE2D_DATA, kBarcodeSample2D);
 }
 
 // A composite symbol has a 2D part with a row height, and at least four segments in a row. Where fewer show
@@ -189,8 +183,8 @@ void ShowFont(HWND dialog, const BarcodeFont2D& font) noexcept {
     for (const NumberRow& row : kNumbers) {
         ShowNumber(dialog, row.controls, NumberShown(font, row.number));
     }
-    for (const ListRow& row : kLists) {
-        SelectItem(dialog, row.list, font.*row.field - row.first);
+    for (const FontList<BarcodeFont2D>& row : kLists) {
+        ShowItem(dialog, row, font);
     }
     ShowType(dialog, font);
 }
@@ -252,12 +246,6 @@ void NumberTyped(HWND dialog, const NumberRow& row, BarcodeFont2D& font) noexcep
     }
 }
 
-void ItemChosen(HWND dialog, const ListRow& row, BarcodeFont2D& font) noexcept {
-    const int shown = font.*row.field - row.first;
-    font.*row.field = static_cast<std::uint8_t>(SelectedItem(dialog, row.list, shown) + row.first);
-    MarkChanged(dialog);
-}
-
 void PrintTest(HWND dialog, const DocumentSheetContext& context, const OEMDEV& record) {
     TRACE_VERBOSE(L"UI:  bar2Dcode() entry!\r\n");
     const std::size_t index = SelectedIndex(dialog);
@@ -267,9 +255,7 @@ void PrintTest(HWND dialog, const DocumentSheetContext& context, const OEMDEV& r
         ShowMessage(dialog, Message::kBarcode2D, MessageTitle::kError, MessageIcon::kNone);
         return;
     }
-    if (const CommandPieces pieces = TestPrint(font, data); !pieces.empty()) {
-        SendRawJob(PrinterOf(context), kBarcode2DJob, pieces);
-    }
+    SendTestPrint(context, kBarcode2DJob, TestPrint(font, data));
 }
 
 INT_PTR ControlUsed(HWND dialog, const DocumentSheetContext& context, OEMDEV& record, int control,
@@ -284,10 +270,11 @@ INT_PTR ControlUsed(HWND dialog, const DocumentSheetContext& context, OEMDEV& re
         }
     }
     const bool isChosen = notification == CBN_SELCHANGE;
-    for (const ListRow& row : kLists) {
+    for (const FontList<BarcodeFont2D>& row : kLists) {
         if (row.list == control) {
             if (isChosen) {
-                ItemChosen(dialog, row, font);
+                TakeItem(dialog, row, font);
+                MarkChanged(dialog);
             }
             return TRUE;
         }
@@ -324,20 +311,6 @@ INT_PTR ControlUsed(HWND dialog, const DocumentSheetContext& context, OEMDEV& re
     }
 }
 
-INT_PTR SheetNotified(HWND dialog, const DocumentSheetContext& context, UINT code) {
-    switch (code) {
-        case PSN_APPLY:
-            ReportApplied(context.pfnComPropSheet, context.hComPropSheet,
-                          reinterpret_cast<LPARAM>(context.hPage), dialog);
-            return AnswerNotification(dialog, PSNRET_NOERROR);
-        case PSN_KILLACTIVE:
-        case PSN_SETACTIVE:
-            return AnswerNotification(dialog, 0);
-        default:
-            return FALSE;
-    }
-}
-
 INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     const auto* context = PageContext<DocumentSheetContext>(
         dialog, message, lParam, L"ERROR UI:  Barcode2DPropPageProc : GetWindowLongPtr Failed (%d)\r\n");
@@ -358,13 +331,9 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
             return record != nullptr ? ControlUsed(dialog, *context, *record, LOWORD(wParam), HIWORD(wParam))
                                      : FALSE;
         case WM_NOTIFY:
-            return lParam != 0 ? SheetNotified(dialog, *context, reinterpret_cast<const NMHDR*>(lParam)->code)
-                               : FALSE;
-        case WM_SYSCOMMAND:
-        case WM_SETICON:
-            return DefWindowProcW(dialog, message, wParam, lParam);
+            return AnswerSheet(dialog, lParam, [&] { ReportTestPageApplied(dialog, *context); });
         default:
-            return FALSE;
+            return PassOn(dialog, message, wParam, lParam);
     }
 }
 

@@ -7,11 +7,10 @@
 #include <string>
 
 #include "intrface/win/gdi.h"
-#include "intrface/win/page.h"
+#include "intrface/win/property_sheet.h"
+#include "printer/raw_job.h"
 
 namespace {
-
-constexpr int kPlacesPerInch = 96;
 
 void ShowControl(HWND dialog, int control, bool isShown) noexcept {
     ShowWindow(GetDlgItem(dialog, control), isShown ? SW_SHOWNA : SW_HIDE);
@@ -21,12 +20,13 @@ void ShowControl(HWND dialog, int control, bool isShown) noexcept {
 
 void MoveControls(HWND dialog, std::span<const ControlPlace> places) noexcept {
     const WindowDc dc(dialog);
-    const int acrossPerInch = dc ? GetDeviceCaps(dc.Get(), LOGPIXELSX) : kPlacesPerInch;
-    const int downPerInch = dc ? GetDeviceCaps(dc.Get(), LOGPIXELSY) : kPlacesPerInch;
+    const int acrossPerInch = dc ? GetDeviceCaps(dc.Get(), LOGPIXELSX) : USER_DEFAULT_SCREEN_DPI;
+    const int downPerInch = dc ? GetDeviceCaps(dc.Get(), LOGPIXELSY) : USER_DEFAULT_SCREEN_DPI;
     for (const ControlPlace& place : places) {
-        SetWindowPos(
-            GetDlgItem(dialog, place.control), nullptr, MulDiv(place.x, acrossPerInch, kPlacesPerInch),
-            MulDiv(place.y, downPerInch, kPlacesPerInch), 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+        SetWindowPos(GetDlgItem(dialog, place.control), nullptr,
+                     MulDiv(place.x, acrossPerInch, USER_DEFAULT_SCREEN_DPI),
+                     MulDiv(place.y, downPerInch, USER_DEFAULT_SCREEN_DPI), 0, 0,
+                     SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
     }
 }
 
@@ -99,10 +99,6 @@ void ShowStoredNumber(HWND dialog, const NumberControls& controls, std::uint32_t
     SendDlgItemMessageW(dialog, controls.edit, EM_SETSEL, wasEmpty ? 0 : static_cast<WPARAM>(end), end);
 }
 
-void ShowSample(HWND dialog, int dataBox, const Char16* sample) noexcept {
-    SetDlgItemTextW(dialog, dataBox, sample);
-}
-
 void EnablePrint(HWND dialog, int dataBox, int printButton) noexcept {
     EnableItem(dialog, printButton, SendDlgItemMessageW(dialog, dataBox, WM_GETTEXTLENGTH, 0, 0) != 0);
 }
@@ -120,6 +116,15 @@ std::vector<std::uint8_t> TestData(HWND dialog, int dataBox) {
     return {data.begin(), std::find(data.begin(), data.end(), '\0')};
 }
 
-HANDLE PrinterOf(const DocumentSheetContext& context) noexcept {
-    return context.pOEMCUIPParam != nullptr ? context.pOEMCUIPParam->hPrinter : nullptr;
+void SendTestPrint(const DocumentSheetContext& context, const wchar_t* name,
+                   const CommandPieces& pieces) noexcept {
+    if (!pieces.empty()) {
+        SendRawJob(context.pOEMCUIPParam != nullptr ? context.pOEMCUIPParam->hPrinter : nullptr, name,
+                   pieces);
+    }
+}
+
+void ReportTestPageApplied(HWND dialog, const DocumentSheetContext& context) noexcept {
+    ReportApplied(context.pfnComPropSheet, context.hComPropSheet, reinterpret_cast<LPARAM>(context.hPage),
+                  dialog);
 }

@@ -8,8 +8,9 @@
 #include <span>
 #include <vector>
 
+#include "intrface/win/page.h"
 #include "intrface/win/sheet_context.h"
-#include "language/messages.h"
+#include "printer/barcode_commands.h"
 #include "printer/barcode_fonts.h"
 
 // A control and where it stands, in pixels of the page at 96 dots an inch.
@@ -45,11 +46,6 @@ void OpenNumber(HWND dialog, const NumberControls& controls, const NumberBox& bo
 void SetNumberRange(HWND dialog, const NumberControls& controls, NumberRange range,
                     const Char16* rangeText) noexcept;
 
-// A record's number as the page shows it.
-constexpr std::uint32_t InRange(std::uint32_t number, NumberRange range) noexcept {
-    return number < range.least ? range.least : number > range.most ? range.most : number;
-}
-
 // Shows a number. The arrows go on from there, also where it lies outside their range.
 void ShowNumber(HWND dialog, const NumberControls& controls, std::uint32_t number) noexcept;
 
@@ -60,14 +56,35 @@ std::uint32_t TypedNumber(HWND dialog, const NumberControls& controls) noexcept;
 // to type: behind the number, or with it all selected where the box had been emptied.
 void ShowStoredNumber(HWND dialog, const NumberControls& controls, std::uint32_t stored) noexcept;
 
-// Puts a sample into the box for the data.
-void ShowSample(HWND dialog, int dataBox, const Char16* sample) noexcept;
-
 // Only what is there can be printed.
 void EnablePrint(HWND dialog, int dataBox, int printButton) noexcept;
 
 // The text to print in the system's ANSI code page, as the printer gets it. May throw bad_alloc.
 std::vector<std::uint8_t> TestData(HWND dialog, int dataBox);
 
-// The host's printer; null where it gave none.
-HANDLE PrinterOf(const DocumentSheetContext& context) noexcept;
+// Sends a test print to the host's printer. Nothing goes there when there are no pieces, or no printer.
+void SendTestPrint(const DocumentSheetContext& context, const wchar_t* name,
+                   const CommandPieces& pieces) noexcept;
+
+// Reports a barcode page's success. The host gets the sheet's spare handle for the page.
+void ReportTestPageApplied(HWND dialog, const DocumentSheetContext& context) noexcept;
+
+// A list whose selection, counted from `first`, is a byte of a font.
+template <typename Font>
+struct FontList {
+    int list;
+    std::uint8_t Font::*field;
+    int first;
+};
+
+template <typename Font>
+void ShowItem(HWND dialog, const FontList<Font>& row, const Font& font) noexcept {
+    SelectItem(dialog, row.list, font.*row.field - row.first);
+}
+
+// Without a selection the font keeps what it has.
+template <typename Font>
+void TakeItem(HWND dialog, const FontList<Font>& row, Font& font) noexcept {
+    const int kept = font.*row.field - row.first;
+    font.*row.field = static_cast<std::uint8_t>(SelectedItem(dialog, row.list, kept) + row.first);
+}

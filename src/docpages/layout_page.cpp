@@ -406,11 +406,8 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_NOTIFY:
             return lParam != 0 ? SheetNotified(dialog, *context, reinterpret_cast<const NMHDR*>(lParam)->code)
                                : FALSE;
-        case WM_SYSCOMMAND:
-        case WM_SETICON:
-            return DefWindowProcW(dialog, message, wParam, lParam);
         default:
-            return FALSE;
+            return PassOn(dialog, message, wParam, lParam);
     }
 }
 

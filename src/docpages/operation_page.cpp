@@ -56,20 +56,6 @@ INT_PTR ButtonClicked(HWND dialog, const DocumentSheetContext& context, int cont
     return FALSE;
 }
 
-INT_PTR SheetNotified(HWND dialog, const DocumentSheetContext& context, UINT code) {
-    switch (code) {
-        case PSN_APPLY:
-            ReportApplied(context.pfnComPropSheet, context.hComPropSheet,
-                          context.PageHandle(DocumentPage::kOperation), dialog);
-            return AnswerNotification(dialog, PSNRET_NOERROR);
-        case PSN_KILLACTIVE:
-        case PSN_SETACTIVE:
-            return AnswerNotification(dialog, 0);
-        default:
-            return FALSE;
-    }
-}
-
 INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     TRACE_VERBOSE(L"UI:  DocOperationPropPageProc() entry, Reason is %d.\r\n", message);
     const auto* context = PageContext<DocumentSheetContext>(
@@ -88,13 +74,12 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_COMMAND:
             return HIWORD(wParam) == BN_CLICKED ? ButtonClicked(dialog, *context, LOWORD(wParam)) : FALSE;
         case WM_NOTIFY:
-            return lParam != 0 ? SheetNotified(dialog, *context, reinterpret_cast<const NMHDR*>(lParam)->code)
-                               : FALSE;
-        case WM_SYSCOMMAND:
-        case WM_SETICON:
-            return DefWindowProcW(dialog, message, wParam, lParam);
+            return AnswerSheet(dialog, lParam, [&] {
+                ReportApplied(context->pfnComPropSheet, context->hComPropSheet,
+                              context->PageHandle(DocumentPage::kOperation), dialog);
+            });
         default:
-            return FALSE;
+            return PassOn(dialog, message, wParam, lParam);
     }
 }
 

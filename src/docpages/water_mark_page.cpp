@@ -151,24 +151,6 @@ int CALLBACK FaceFound(const LOGFONTW* font, const TEXTMETRICW*, DWORD type, LPA
     }
 }
 
-// As wide as the longest of its items: names that the system gives may be longer than the closed list.
-void FitDroppedWidth(HWND list, HDC dc) noexcept {
-    const Selection withFont(dc, reinterpret_cast<HFONT>(SendMessageW(list, WM_GETFONT, 0, 0)));
-    const LRESULT count = SendMessageW(list, CB_GETCOUNT, 0, 0);
-    LONG widest = 0;
-    for (WPARAM index = 0; static_cast<LRESULT>(index) < count; ++index) {
-        wchar_t text[LF_FACESIZE] = {};
-        SIZE extent{};
-        if (SendMessageW(list, CB_GETLBTEXTLEN, index, 0) < LF_FACESIZE &&
-            SendMessageW(list, CB_GETLBTEXT, index, reinterpret_cast<LPARAM>(text)) > 0 &&
-            GetTextExtentPoint32W(dc, text, lstrlenW(text), &extent)) {
-            widest = std::max(widest, extent.cx);
-        }
-    }
-    const int beside = GetSystemMetrics(SM_CXVSCROLL) + 4 * GetSystemMetrics(SM_CXEDGE);
-    SendMessageW(list, CB_SETDROPPEDWIDTH, static_cast<WPARAM>(widest + beside), 0);
-}
-
 // Each face once; those for vertical text, which begin with '@', behind the others.
 void ListFonts(HWND dialog, const OEMDEV& record) {
     Faces faces;
@@ -176,14 +158,22 @@ void ListFonts(HWND dialog, const OEMDEV& record) {
     LOGFONTW all{};
     all.lfCharSet = DEFAULT_CHARSET;
     EnumFontFamiliesExW(dc.Get(), &all, FaceFound, reinterpret_cast<LPARAM>(&faces), 0);
+    // The open list is as wide as the longest name: the system's may be longer than the closed one.
+    const Selection withFont(dc.Get(), reinterpret_cast<HFONT>(SendMessageW(dialog, WM_GETFONT, 0, 0)));
+    LONG widest = 0;
     for (const bool vertical : {false, true}) {
         for (const std::wstring& face : faces) {
+            SIZE extent{};
             if (face.starts_with(L'@') == vertical) {
                 AddItem(dialog, IDC_WATERMARK_FONT, face.c_str());
+                GetTextExtentPoint32W(dc.Get(), face.c_str(), static_cast<int>(face.size()), &extent);
             }
+            widest = std::max(widest, extent.cx);
         }
     }
-    FitDroppedWidth(GetDlgItem(dialog, IDC_WATERMARK_FONT), dc.Get());
+    const int beside = GetSystemMetrics(SM_CXVSCROLL) + 4 * GetSystemMetrics(SM_CXEDGE);
+    SendDlgItemMessageW(dialog, IDC_WATERMARK_FONT, CB_SETDROPPEDWIDTH, static_cast<WPARAM>(widest + beside),
+                        0);
     SelectItem(dialog, IDC_WATERMARK_FONT, 0);
     const std::wstring stored(FieldText(record.szWaterMarkFont));
     const LRESULT index =
@@ -539,21 +529,12 @@ void TakeAll(HWND dialog, DocumentSheetContext& context, OEMDEV& record) {
     }
 }
 
-INT_PTR SheetNotified(HWND dialog, DocumentSheetContext& context, UINT code) {
-    switch (code) {
-        case PSN_APPLY:
-            if (OEMDEV* const record = context.Record(); record != nullptr && IsOpen(dialog)) {
-                TakeAll(dialog, context, *record);
-            }
-            ReportApplied(context.pfnComPropSheet, context.hComPropSheet,
-                          context.PageHandle(DocumentPage::kWaterMark), dialog);
-            return AnswerNotification(dialog, PSNRET_NOERROR);
-        case PSN_KILLACTIVE:
-        case PSN_SETACTIVE:
-            return AnswerNotification(dialog, 0);
-        default:
-            return FALSE;
+void PageApplied(HWND dialog, DocumentSheetContext& context) {
+    if (OEMDEV* const record = context.Record(); record != nullptr && IsOpen(dialog)) {
+        TakeAll(dialog, context, *record);
     }
+    ReportApplied(context.pfnComPropSheet, context.hComPropSheet,
+                  context.PageHandle(DocumentPage::kWaterMark), dialog);
 }
 
 INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -593,13 +574,9 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
                        ? ControlUsed(dialog, *context, *record, LOWORD(wParam), HIWORD(wParam))
                        : FALSE;
         case WM_NOTIFY:
-            return lParam != 0 ? SheetNotified(dialog, *context, reinterpret_cast<const NMHDR*>(lParam)->code)
-                               : FALSE;
-        case WM_SYSCOMMAND:
-        case WM_SETICON:
-            return DefWindowProcW(dialog, message, wParam, lParam);
+            return AnswerSheet(dialog, lParam, [&] { PageApplied(dialog, *context); });
         default:
-            return FALSE;
+            return PassOn(dialog, message, wParam, lParam);
     }
 }
 

@@ -68,8 +68,7 @@ std::uint32_t Read(const Font& font, const NumberField<Font>& field) noexcept {
 
 template <typename Font>
 std::uint8_t Store(Font& font, const NumberField<Font>& field, std::uint32_t typed) noexcept {
-    const NumberRange range = field.box.range;
-    const auto stored = static_cast<std::uint8_t>(std::clamp<std::uint32_t>(typed, range.least, range.most));
+    const auto stored = static_cast<std::uint8_t>(InRange(typed, field.box.range));
     if (field.byte != nullptr) {
         font.*field.byte = stored;
     } else {

@@ -2,6 +2,7 @@
 // Font widths and heights follow from them; heights are in barcode_height.h.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "base/text.h"
@@ -12,6 +13,10 @@ struct NumberRange {
     std::uint8_t least;
     std::uint8_t most;
 };
+
+constexpr std::uint32_t InRange(std::uint32_t number, NumberRange range) noexcept {
+    return std::clamp<std::uint32_t>(number, range.least, range.most);
+}
 
 // An edit with arrows.
 struct NumberBox {

@@ -5,19 +5,15 @@
 
 #include "intrface/win/handles.h"
 
-struct BitmapTraits {
-    using Handle = HBITMAP;
+template <typename Object>
+struct GdiObjectTraits {
+    using Handle = Object;
     static Handle None() noexcept { return nullptr; }
     static void Close(Handle handle) noexcept { DeleteObject(handle); }
 };
-using Bitmap = UniqueHandle<BitmapTraits>;
-
-struct FontTraits {
-    using Handle = HFONT;
-    static Handle None() noexcept { return nullptr; }
-    static void Close(Handle handle) noexcept { DeleteObject(handle); }
-};
-using Font = UniqueHandle<FontTraits>;
+using Bitmap = UniqueHandle<GdiObjectTraits<HBITMAP>>;
+using Font = UniqueHandle<GdiObjectTraits<HFONT>>;
+using Region = UniqueHandle<GdiObjectTraits<HRGN>>;
 
 struct MemoryDcTraits {
     using Handle = HDC;

@@ -96,6 +96,32 @@ inline INT_PTR AnswerNotification(HWND dialog, LONG_PTR answer) noexcept {
     return TRUE;
 }
 
+// Answers what the sheet notifies of: runs `apply` when it applies its pages, and reports success for that
+// and for a change of page. `header` is the message's parameter; what has none, and all else, is the
+// platform's.
+template <typename Apply>
+INT_PTR AnswerSheet(HWND dialog, LPARAM header, Apply&& apply) {
+    if (header == 0) {
+        return FALSE;
+    }
+    switch (reinterpret_cast<const NMHDR*>(header)->code) {
+        case PSN_APPLY:
+            apply();
+            return AnswerNotification(dialog, PSNRET_NOERROR);
+        case PSN_KILLACTIVE:
+        case PSN_SETACTIVE:
+            return AnswerNotification(dialog, 0);
+        default:
+            return FALSE;
+    }
+}
+
+// Messages that no page deals with: these two go to the window's own default, all others to the dialog's.
+inline INT_PTR PassOn(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    return message == WM_SYSCOMMAND || message == WM_SETICON ? DefWindowProcW(dialog, message, wParam, lParam)
+                                                             : FALSE;
+}
+
 // An index that the list does not have leaves nothing selected.
 inline void SelectItem(HWND dialog, int list, int index) noexcept {
     if (SendDlgItemMessageW(dialog, list, CB_SETCURSEL, static_cast<WPARAM>(index), 0) == CB_ERR) {
