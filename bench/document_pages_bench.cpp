@@ -24,10 +24,12 @@ struct NamedControl {
     const char* name;
     int control;
 };
-constexpr NamedControl kPages[] = {
-    {"Main", IDC_MAIN_LANGUAGE_LABEL},           {"Water Mark", IDC_WATERMARK_PREVIEW},
-    {"Operation", IDC_OPERATION_PAGE_DOC_START}, {"1D Code", IDC_BARCODE1D_GENERAL_GROUP},
-    {"2D Code", IDC_BARCODE2D_QR_GROUP},         {"Version", IDC_VERSION_LINK}};
+constexpr NamedControl kPages[] = {{"Main", IDC_MAIN_LANGUAGE_LABEL},
+                                   {"Water Mark", IDC_WATERMARK_PREVIEW},
+                                   {"Operation", IDC_OPERATION_PAGE_DOC_START},
+                                   {"1D Code", k1DCode.unique},
+                                   {"2D Code", k2DCode.unique},
+                                   {"Version", IDC_VERSION_LINK}};
 
 void Drive(PluginHost& host, const std::function<void(Sheet&)>& script) {
     RunDriven([&] { host.OpenSheet(SheetKind::kDocument); },
@@ -126,22 +128,17 @@ void MeasurePreviews(PluginHost& host, const std::filesystem::path& bitmap) {
 void MeasurePrints(PluginHost& host) {
     struct Print {
         const char* name;
-        int unique;
-        int types;
+        BarcodePage page;
         int type;
-        int button;
     };
-    constexpr Print kPrints[] = {
-        {"UPC-A", IDC_BARCODE1D_GENERAL_GROUP, IDC_BARCODE1D_TYPE, 0, IDC_BARCODE1D_PRINT},
-        {"Code128", IDC_BARCODE1D_GENERAL_GROUP, IDC_BARCODE1D_TYPE, 8, IDC_BARCODE1D_PRINT},
-        {"QR Code", IDC_BARCODE2D_QR_GROUP, IDC_BARCODE2D_TYPE, 4, IDC_BARCODE2D_PRINT}};
+    constexpr Print kPrints[] = {{"UPC-A", k1DCode, 0}, {"Code128", k1DCode, 8}, {"QR Code", k2DCode, 4}};
     Drive(host, [&](Sheet& sheet) {
         for (const Print& print : kPrints) {
-            const Window page = SelectPageWith(sheet, print.unique);
-            page.SelectCombo(print.types, print.type);
+            const Window page = SelectPageWith(sheet, print.page.unique);
+            page.SelectCombo(print.page.types, print.type);
             const std::string name =
                 std::string("test print, ") + print.name + ": press to end of job (median)";
-            Report(name.c_str(), Measure(kRuns, [&] { page.Click(print.button); }));
+            Report(name.c_str(), Measure(kRuns, [&] { page.Click(print.page.print); }));
         }
     });
 }

@@ -37,19 +37,12 @@ constexpr TypeData kData1D[] = {
     {9, kArticle},       {10, kArticle},  {11, kArticle},       {12, L"(01)01234567890128"}};
 constexpr TypeData kData2D[] = {{1, kArticle}, {2, kArticle}, {3, L"(01)01234567890128(10)AB"}};
 
-struct BarcodePage {
-    int control;  // that no other page has
-    int types;
-    int data;
-    int print;
+struct PagePlay {
+    BarcodePage page;
     std::span<const TypePicture> pictures;
     std::span<const TypeData> typed;
 };
-
-constexpr BarcodePage k1DCode = {IDC_BARCODE1D_GENERAL_GROUP, IDC_BARCODE1D_TYPE, IDC_BARCODE1D_DATA,
-                                 IDC_BARCODE1D_PRINT,         kPictures1D,        kData1D};
-constexpr BarcodePage k2DCode = {IDC_BARCODE2D_QR_GROUP, IDC_BARCODE2D_TYPE, IDC_BARCODE2D_DATA,
-                                 IDC_BARCODE2D_PRINT,    kPictures2D,        kData2D};
+constexpr PagePlay kPlays[] = {{k1DCode, kPictures1D, kData1D}, {k2DCode, kPictures2D, kData2D}};
 
 // Positions in the lists.
 constexpr int kBelow = 2;
@@ -60,7 +53,7 @@ constexpr int kQrCode = 4;
 
 // Text below the bars; a PDF417 with room for data, which the default one has not; the newer QR Code.
 void ChooseSettings(const Window& window, const BarcodePage& page, int type) {
-    if (page.control == k1DCode.control) {
+    if (page.unique == k1DCode.unique) {
         if (type == 0) {
             window.SelectCombo(IDC_BARCODE1D_HRI_POSITION, kBelow);
         }
@@ -84,18 +77,18 @@ void ShowAll(const Sheet& sheet, const Window& page, const TypePicture& picture,
 }  // namespace
 
 void PlayBarcodes(const Sheet& sheet, const Options& options, VirtualPrinter* printer) {
-    for (const BarcodePage& page : {k1DCode, k2DCode}) {
-        const Window window = SelectPageWith(sheet, page.control);
+    for (const auto& [page, pictures, data] : kPlays) {
+        const Window window = SelectPageWith(sheet, page.unique);
         const std::vector<std::wstring> types = window.ComboItems(page.types);
         for (int type = 0; type < static_cast<int>(types.size()); ++type) {
             window.SelectCombo(page.types, type);
             ChooseSettings(window, page, type);
-            for (const TypeData& typed : page.typed) {
+            for (const TypeData& typed : data) {
                 if (typed.type == type) {
                     window.TypeText(page.data, typed.data);
                 }
             }
-            for (const TypePicture& picture : page.pictures) {
+            for (const TypePicture& picture : pictures) {
                 if (picture.type == type) {
                     ShowAll(sheet, window, picture, options);
                 }

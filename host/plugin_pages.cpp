@@ -1,7 +1,5 @@
 #include "plugin_pages.h"
 
-#include "resources/resource.h"
-
 namespace {
 
 // A control that only this page has.
@@ -11,9 +9,12 @@ struct NamedPage {
 };
 
 constexpr NamedPage kNamedPages[] = {
-    {IDC_MAIN_LANGUAGE_LABEL, L"main"},           {IDC_WATERMARK_PREVIEW, L"water-mark"},
-    {IDC_OPERATION_PAGE_DOC_START, L"operation"}, {IDC_BARCODE1D_GENERAL_GROUP, L"barcode-1d"},
-    {IDC_BARCODE2D_QR_GROUP, L"barcode-2d"},      {IDC_VERSION_LINK, L"version"},
+    {IDC_MAIN_LANGUAGE_LABEL, L"main"},
+    {IDC_WATERMARK_PREVIEW, L"water-mark"},
+    {IDC_OPERATION_PAGE_DOC_START, L"operation"},
+    {k1DCode.unique, L"barcode-1d"},
+    {k2DCode.unique, L"barcode-2d"},
+    {IDC_VERSION_LINK, L"version"},
 };
 
 }  // namespace

@@ -3,12 +3,25 @@
 
 #include <string>
 
+#include "resources/resource.h"
 #include "ui_driver.h"
 
 // The host's own tabs stand before the plug-in's.
 constexpr int kHostTabCount = 2;
 // The one of them with the driver's print-density option, which the plug-in relabels.
 constexpr int kDensityTab = 1;
+
+// A barcode page's controls for a test print of its first font.
+struct BarcodePage {
+    int unique;  // no other page has it
+    int types;
+    int data;
+    int print;
+};
+constexpr BarcodePage k1DCode = {IDC_BARCODE1D_GENERAL_GROUP, IDC_BARCODE1D_TYPE, IDC_BARCODE1D_DATA,
+                                 IDC_BARCODE1D_PRINT};
+constexpr BarcodePage k2DCode = {IDC_BARCODE2D_QR_GROUP, IDC_BARCODE2D_TYPE, IDC_BARCODE2D_DATA,
+                                 IDC_BARCODE2D_PRINT};
 
 // Selects the plug-in's page that has this control. Throws UiError when there is none.
 Window SelectPageWith(const Sheet& sheet, int control);

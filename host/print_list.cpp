@@ -6,23 +6,11 @@
 
 #include "files.h"
 #include "plugin_pages.h"
-#include "resources/resource.h"
 #include "utf8.h"
 
 namespace {
 
 constexpr std::size_t kMaxFileSize = 16 * 1024 * 1024;
-
-struct PageControls {
-    int unique;  // no other page has it
-    int types;
-    int data;
-    int print;
-};
-constexpr PageControls k1DCode = {IDC_BARCODE1D_GENERAL_GROUP, IDC_BARCODE1D_TYPE, IDC_BARCODE1D_DATA,
-                                  IDC_BARCODE1D_PRINT};
-constexpr PageControls k2DCode = {IDC_BARCODE2D_QR_GROUP, IDC_BARCODE2D_TYPE, IDC_BARCODE2D_DATA,
-                                  IDC_BARCODE2D_PRINT};
 
 ListedPrint ReadLine(std::wstring_view line, const std::string& where) {
     const std::size_t first = line.find(L'\t');
@@ -36,7 +24,7 @@ ListedPrint ReadLine(std::wstring_view line, const std::string& where) {
             std::wstring(line.substr(second + 1))};
 }
 
-int PositionOf(const Window& page, const PageControls& controls, const std::wstring& type) {
+int PositionOf(const Window& page, const BarcodePage& controls, const std::wstring& type) {
     const std::vector<std::wstring> types = page.ComboItems(controls.types);
     const auto found = std::find(types.begin(), types.end(), type);
     if (found == types.end()) {
@@ -71,7 +59,7 @@ std::vector<ListedPrint> ReadPrintList(const std::filesystem::path& file) {
 void PrintTests(const UiDriver& driver, const Sheet& sheet, const std::vector<ListedPrint>& prints,
                 VirtualPrinter* printer) {
     for (const bool is2D : {false, true}) {
-        const PageControls& controls = is2D ? k2DCode : k1DCode;
+        const BarcodePage& controls = is2D ? k2DCode : k1DCode;
         const Window page = SelectPageWith(sheet, controls.unique);
         for (const ListedPrint& print : prints) {
             if (print.is2D != is2D) {
