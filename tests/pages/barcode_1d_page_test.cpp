@@ -292,9 +292,9 @@ void ExpectGroup(const Window& page, bool is_data_bar) {
     EXPECT_EQ(Visible(page, kCommonControls), Ids(std::begin(kCommonControls), std::end(kCommonControls)));
 }
 
-class Barcode1DPageTest : public BarcodeTest {
+class Barcode1DPageTest : public LoneBarcodeTest {
   protected:
-    Barcode1DPageTest() : BarcodeTest(kTab1D, kTemplate) {}
+    Barcode1DPageTest() : LoneBarcodeTest(kTab1D, kTemplate) {}
 
     // The height that the page tells, by what the record then holds.
     void HeightStep(const Sheet& sheet, const Window& page, const std::string& name, Bytes& record,
@@ -1181,15 +1181,8 @@ TEST_F(Barcode1DPageTest, ChecksTheDataByItsType) {
 
 TEST_F(Barcode1DPageTest, ShowsItsMessageInARealBox) {
     shows_boxes_ = true;
-    OpenPage(RecordOfType(5), [&](UiDriver&, Sheet&, const Window& page) {
-        page.TypeText(kData, L"x");
-        const MessageBoxInfo box = page.OpenMessageBox(kPrint);
-        EXPECT_EQ(box.title, L"Error");
-        EXPECT_EQ(box.text, L"BarCode data error!");
-        EXPECT_THAT(box.buttons, ElementsAre(IDOK));
-        box.Press(IDOK);
-        EXPECT_TRUE(page.IsEnabled(kPrint));
-    });
+    OpenPage(RecordOfType(5),
+             [&](UiDriver&, Sheet&, const Window& page) { ExpectRealBox(page, kData, L"x", kPrint); });
 }
 
 // Nobody is told, and the next print starts afresh.
@@ -1197,13 +1190,7 @@ TEST_F(Barcode1DPageTest, EndsAJobSilentlyWhenACallFails) {
     OpenPage(RecordOfType(7), [&](UiDriver&, Sheet&, const Window& page) {
         const std::vector<std::string> whole = JobOf("Barcode", Counted(0x48, Ascii("123ABC")));
         ASSERT_EQ(whole.size(), 11u);
-        for (std::size_t failing = 0; failing < whole.size(); ++failing) {
-            SCOPED_TRACE(failing);
-            spooler_.failing = static_cast<int>(failing);
-            ExpectJob(page, kPrint, JobFailingAt(whole, failing));
-        }
-        spooler_.failing = -1;
-        ExpectJob(page, kPrint, whole);
+        ExpectSilentEnds(page, kPrint, whole);
     });
 }
 
@@ -1251,75 +1238,18 @@ TEST_F(Barcode1DPageTest, ReportsToSheetAndHost) {
     lone.sheet.messages.clear();
     lone.Page().TypeText(kWidth, L"9");
     EXPECT_THAT(lone.sheet.messages, Contains(changed));
-    for (const UINT code : {PSN_SETACTIVE, PSN_KILLACTIVE}) {
-        EXPECT_EQ(lone.Notify(code), TRUE);
-        EXPECT_EQ(lone.NotifyResult(), 0);
-    }
-    for (const UINT code : {PSN_RESET, PSN_HELP, PSN_QUERYCANCEL, UINT{5}, UDN_DELTAPOS}) {
-        EXPECT_EQ(lone.Notify(code), FALSE);
-        EXPECT_EQ(lone.NotifyResult(), 0x77);
-    }
-    EXPECT_EQ(lone.calls.size(), 1u);
-    lone.LoseCallback();
-    lone.sheet.messages.clear();
-    EXPECT_EQ(lone.Notify(static_cast<UINT>(PSN_APPLY)), TRUE);
-    EXPECT_THAT(lone.sheet.messages, ElementsAre(unchanged));
+    ExpectAnswersToTheSheet(lone);
     EXPECT_NE(record, lone.record);
 }
 
-// Before the page has its parameter, when it is told of none, and after it is gone.
 TEST_F(Barcode1DPageTest, IgnoresMessagesWithoutItsParameter) {
     LonePage lone(Description(), RecordOfType(0));
-    lone.Make();
-    const Bytes record = lone.record;
-    const HWND window = lone.MakeTemplate();
-    ASSERT_NE(window, nullptr);
-    const std::wstring missing = L"ERROR UI:  BarcodePropPageProc : GetWindowLongPtr Failed (0)\r\n";
-    const std::wstring gone = L"ERROR UI:  BarcodePropPageProc : GetWindowLongPtr Failed (1400)\r\n";
-    rig::TraceCapture trace;
-    const auto expect_ignored = [&](const std::wstring& line) {
-        for (UINT message = 0; message < 0x10000; message += message < 0x800 ? 1 : 0x1F) {
-            EXPECT_EQ(lone.Ask(window, message), FALSE) << message;
-            const rig::Lines lines = trace.TakeOwn();
-            if (message == WM_INITDIALOG) {
-                EXPECT_THAT(lines, IsEmpty());
-            } else {
-                EXPECT_THAT(lines, ElementsAre(line)) << message;
-            }
-        }
-    };
-    expect_ignored(missing);
-    PROPSHEETPAGEW without = {};
-    EXPECT_EQ(lone.Ask(window, WM_INITDIALOG, 0, reinterpret_cast<LPARAM>(&without)), FALSE);
-    EXPECT_EQ(lone.Ask(window, WM_COMMAND, MAKEWPARAM(kPrint, BN_CLICKED), 0), FALSE);
-    EXPECT_THAT(trace.TakeOwn(), ElementsAre(missing));
-    DestroyWindow(window);
-    trace.TakeOwn();
-    expect_ignored(gone);
-    EXPECT_THAT(spooler_.calls, IsEmpty());
-    EXPECT_THAT(boxes_, IsEmpty());
-    EXPECT_EQ(Differences(record, lone.record), "");
+    ExpectNothingWithoutParameter(lone, L"BarcodePropPageProc", kPrint);
 }
 
 TEST_F(Barcode1DPageTest, TakesAnyMessage) {
     LonePage lone(Description(), RecordOfCases());
-    lone.Make();
-    const Bytes record = lone.record;
-    for (UINT message = 0; message < 0x10000; message += message < 0x800 ? 1 : 0x1F) {
-        if (message != WM_INITDIALOG && message != WM_SYSCOMMAND && message != WM_SETICON) {
-            EXPECT_EQ(lone.Ask(lone.handle(), message), FALSE) << message;
-        }
-    }
-    // Controls that it has, and some that it has not, tell of anything.
-    for (int control = 1000; control < 1320; ++control) {
-        for (const int notification : {2, 0x200, 0x400, 0x8000}) {
-            lone.Use(control, notification);
-        }
-    }
-    EXPECT_EQ(lone.Use(1, BN_CLICKED), FALSE);
-    EXPECT_EQ(Differences(record, lone.record), "");
-    EXPECT_THAT(lone.sheet.messages, IsEmpty());
-    EXPECT_THAT(spooler_.calls, IsEmpty());
+    ExpectTakesAnyMessage(lone);
     // A second initialisation adds nothing.
     lone.Page().SelectCombo(kFont, 2);
     EXPECT_EQ(lone.Ask(lone.handle(), WM_INITDIALOG, 0, lone.Description()), FALSE);
@@ -1357,15 +1287,7 @@ TEST_F(Barcode1DPageTest, PrintsNothingWithoutCommonParameters) {
 
 TEST_F(Barcode1DPageTest, MayGoWhileItsMessageIsOpen) {
     LonePage lone(Description(), RecordOfType(0));
-    lone.Make();
-    const Bytes record = lone.record;
-    lone.Page().TypeText(kData, L"x");
-    on_box_ = [&] { lone.Unmake(); };
-    EXPECT_EQ(lone.Use(kPrint), TRUE);
-    EXPECT_EQ(boxes_.size(), 1u);
-    EXPECT_FALSE(IsWindow(lone.handle()));
-    EXPECT_THAT(spooler_.calls, IsEmpty());
-    EXPECT_EQ(Differences(record, lone.record), "");
+    ExpectGoesFromItsMessage(lone, kData, L"x", kPrint);
 }
 
 TEST_F(Barcode1DPageTest, MayGoWhileItPrints) {

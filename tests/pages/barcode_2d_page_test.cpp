@@ -333,9 +333,9 @@ void ExpectType(const Window& page, std::uint8_t type) {
     EXPECT_EQ(page.Text(kData), kSample);
 }
 
-class Barcode2DPageTest : public BarcodeTest {
+class Barcode2DPageTest : public LoneBarcodeTest {
   protected:
-    Barcode2DPageTest() : BarcodeTest(kTab2D, kTemplate) {}
+    Barcode2DPageTest() : LoneBarcodeTest(kTab2D, kTemplate) {}
 
     void SetUp() override {
         hooks_.On("KERNEL32.dll", "WideCharToMultiByte", &WideCharToMultiByte,
@@ -1143,15 +1143,8 @@ TEST_F(Barcode2DPageTest, RefusesDataInEveryLanguage) {
 
 TEST_F(Barcode2DPageTest, ShowsItsMessageInARealBox) {
     shows_boxes_ = true;
-    OpenPage(RecordOfType(2, 0), [&](UiDriver&, Sheet&, const Window& page) {
-        page.TypeText(kData, L"#");
-        const MessageBoxInfo box = page.OpenMessageBox(kPrint);
-        EXPECT_EQ(box.title, L"Error");
-        EXPECT_EQ(box.text, L"BarCode data error!");
-        EXPECT_THAT(box.buttons, ElementsAre(IDOK));
-        box.Press(IDOK);
-        EXPECT_TRUE(page.IsEnabled(kPrint));
-    });
+    OpenPage(RecordOfType(2, 0),
+             [&](UiDriver&, Sheet&, const Window& page) { ExpectRealBox(page, kData, L"#", kPrint); });
 }
 
 // Nobody is told, and the next print starts afresh.
@@ -1159,13 +1152,7 @@ TEST_F(Barcode2DPageTest, EndsAJobSilentlyWhenACallFails) {
     OpenPage(RecordOfType(kQr), [&](UiDriver&, Sheet&, const Window& page) {
         const std::vector<std::string> whole = PrintOf(QrHeader('H'));
         ASSERT_EQ(whole.size(), 8u);
-        for (std::size_t failing = 0; failing < whole.size(); ++failing) {
-            SCOPED_TRACE(failing);
-            spooler_.failing = static_cast<int>(failing);
-            ExpectJob(page, kPrint, JobFailingAt(whole, failing));
-        }
-        spooler_.failing = -1;
-        ExpectJob(page, kPrint, whole);
+        ExpectSilentEnds(page, kPrint, whole);
     });
 }
 
@@ -1212,74 +1199,17 @@ TEST_F(Barcode2DPageTest, ReportsToSheetAndHost) {
     lone.sheet.messages.clear();
     lone.Page().TypeText(kGs1Width, L"9");
     EXPECT_THAT(lone.sheet.messages, Contains(changed));
-    for (const UINT code : {PSN_SETACTIVE, PSN_KILLACTIVE}) {
-        EXPECT_EQ(lone.Notify(code), TRUE);
-        EXPECT_EQ(lone.NotifyResult(), 0);
-    }
-    for (const UINT code : {PSN_RESET, PSN_HELP, PSN_QUERYCANCEL, UINT{5}, UDN_DELTAPOS}) {
-        EXPECT_EQ(lone.Notify(code), FALSE);
-        EXPECT_EQ(lone.NotifyResult(), 0x77);
-    }
-    EXPECT_EQ(lone.calls.size(), 1u);
-    lone.LoseCallback();
-    lone.sheet.messages.clear();
-    EXPECT_EQ(lone.Notify(static_cast<UINT>(PSN_APPLY)), TRUE);
-    EXPECT_THAT(lone.sheet.messages, ElementsAre(unchanged));
+    ExpectAnswersToTheSheet(lone);
 }
 
-// Before the page has its parameter, when it is told of none, and after it is gone.
 TEST_F(Barcode2DPageTest, IgnoresMessagesWithoutItsParameter) {
     LonePage lone(Description(), RecordOfCases());
-    lone.Make();
-    const Bytes record = lone.record;
-    const HWND window = lone.MakeTemplate();
-    ASSERT_NE(window, nullptr);
-    const std::wstring missing = L"ERROR UI:  Barcode2DPropPageProc : GetWindowLongPtr Failed (0)\r\n";
-    const std::wstring gone = L"ERROR UI:  Barcode2DPropPageProc : GetWindowLongPtr Failed (1400)\r\n";
-    rig::TraceCapture trace;
-    const auto expect_ignored = [&](const std::wstring& line) {
-        for (UINT message = 0; message < 0x10000; message += message < 0x800 ? 1 : 0x1F) {
-            EXPECT_EQ(lone.Ask(window, message), FALSE) << message;
-            const rig::Lines lines = trace.TakeOwn();
-            if (message == WM_INITDIALOG) {
-                EXPECT_THAT(lines, IsEmpty());
-            } else {
-                EXPECT_THAT(lines, ElementsAre(line)) << message;
-            }
-        }
-    };
-    expect_ignored(missing);
-    PROPSHEETPAGEW without = {};
-    EXPECT_EQ(lone.Ask(window, WM_INITDIALOG, 0, reinterpret_cast<LPARAM>(&without)), FALSE);
-    EXPECT_EQ(lone.Ask(window, WM_COMMAND, MAKEWPARAM(kPrint, BN_CLICKED), 0), FALSE);
-    EXPECT_THAT(trace.TakeOwn(), ElementsAre(missing));
-    DestroyWindow(window);
-    trace.TakeOwn();
-    expect_ignored(gone);
-    EXPECT_THAT(spooler_.calls, IsEmpty());
-    EXPECT_THAT(boxes_, IsEmpty());
-    EXPECT_EQ(Differences(record, lone.record), "");
+    ExpectNothingWithoutParameter(lone, L"Barcode2DPropPageProc", kPrint);
 }
 
 TEST_F(Barcode2DPageTest, TakesAnyMessage) {
     LonePage lone(Description(), RecordOfCases());
-    lone.Make();
-    const Bytes record = lone.record;
-    for (UINT message = 0; message < 0x10000; message += message < 0x800 ? 1 : 0x1F) {
-        if (message != WM_INITDIALOG && message != WM_SYSCOMMAND && message != WM_SETICON) {
-            EXPECT_EQ(lone.Ask(lone.handle(), message), FALSE) << message;
-        }
-    }
-    // Controls that it has, and some that it has not, tell of anything.
-    for (int control = 1000; control < 1320; ++control) {
-        for (const int notification : {2, 0x200, 0x400, 0x8000}) {
-            lone.Use(control, notification);
-        }
-    }
-    EXPECT_EQ(lone.Use(1, BN_CLICKED), FALSE);
-    EXPECT_EQ(Differences(record, lone.record), "");
-    EXPECT_THAT(lone.sheet.messages, IsEmpty());
-    EXPECT_THAT(spooler_.calls, IsEmpty());
+    ExpectTakesAnyMessage(lone);
     // A second initialisation adds nothing.
     lone.Page().SelectCombo(kFont, 1);
     EXPECT_EQ(lone.Ask(lone.handle(), WM_INITDIALOG, 0, lone.Description()), FALSE);
@@ -1320,15 +1250,7 @@ TEST_F(Barcode2DPageTest, PrintsNoDataWhereNothingIsChecked) {
 
 TEST_F(Barcode2DPageTest, MayGoWhileItsMessageIsOpen) {
     LonePage lone(Description(), RecordOfType(1, 0));
-    lone.Make();
-    const Bytes record = lone.record;
-    lone.Page().TypeText(kData, L"#");
-    on_box_ = [&] { lone.Unmake(); };
-    EXPECT_EQ(lone.Use(kPrint), TRUE);
-    EXPECT_EQ(boxes_.size(), 1u);
-    EXPECT_FALSE(IsWindow(lone.handle()));
-    EXPECT_THAT(spooler_.calls, IsEmpty());
-    EXPECT_EQ(Differences(record, lone.record), "");
+    ExpectGoesFromItsMessage(lone, kData, L"#", kPrint);
 }
 
 TEST_F(Barcode2DPageTest, MayGoWhileItPrints) {

@@ -22,6 +22,7 @@
 #include "page_fixture.h"
 #include "real_input.h"
 #include "rig/import_hooks.h"
+#include "sheet_window.h"
 
 namespace pages::barcode {
 
@@ -473,47 +474,6 @@ class BarcodeTest : public PageTest {
     rig::ImportHooks hooks_;
 };
 
-// A window in the sheet's place that keeps the messages of property sheets.
-class SheetWindow {
-  public:
-    struct Message {
-        UINT message;
-        WPARAM wparam;
-        bool operator==(const Message&) const = default;
-    };
-
-    SheetWindow() {
-        WNDCLASSW window_class = {};
-        window_class.lpfnWndProc = &Procedure;
-        window_class.hInstance = GetModuleHandleW(nullptr);
-        window_class.lpszClassName = L"SheetOfTheBarcodeTests";
-        RegisterClassW(&window_class);
-        handle_ = CreateWindowExW(0, window_class.lpszClassName, L"", WS_OVERLAPPEDWINDOW, 0, 0, 600, 500,
-                                  nullptr, nullptr, window_class.hInstance, nullptr);
-        SetWindowLongPtrW(handle_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-        ShowWindow(handle_, SW_SHOWNA);
-    }
-    SheetWindow(const SheetWindow&) = delete;
-    SheetWindow& operator=(const SheetWindow&) = delete;
-    ~SheetWindow() { DestroyWindow(handle_); }
-
-    HWND handle() const { return handle_; }
-
-    std::vector<Message> messages;
-
-  private:
-    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-        auto* self = reinterpret_cast<SheetWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-        if (self != nullptr && message >= PSM_SETCURSEL && message <= WM_USER + 200) {
-            self->messages.push_back({message, wparam});
-            return 0;
-        }
-        return DefWindowProcW(window, message, wparam, lparam);
-    }
-
-    HWND handle_;
-};
-
 // A page of its own: sheet, host parameters and record are this object's, so that two can be open at once.
 class LonePage {
   public:
@@ -528,6 +488,7 @@ class LonePage {
     // With the page's description as the plug-in gave it to the host.
     LonePage(const Bytes& description, Bytes settings, HANDLE printer = kPrinter)
         : record(std::move(settings)) {
+        sheet.Create();
         std::memcpy(&page_, description.data(), std::min(description.size(), sizeof page_));
         common_.cbSize = sizeof common_;
         common_.hPrinter = printer;
@@ -542,7 +503,7 @@ class LonePage {
     ~LonePage() { Unmake(); }
 
     void Make() {
-        handle_ = CreateDialogParamW(page_.hInstance, page_.pszTemplate, sheet.handle(), page_.pfnDlgProc,
+        handle_ = CreateDialogParamW(page_.hInstance, page_.pszTemplate, sheet.handle, page_.pfnDlgProc,
                                      reinterpret_cast<LPARAM>(&page_));
         EXPECT_NE(handle_, nullptr);
         ShowWindow(handle_, SW_SHOWNA);
@@ -558,7 +519,7 @@ class LonePage {
     // The page's template without its procedure, in the same sheet.
     HWND MakeTemplate() const {
         return CreateDialogParamW(
-            page_.hInstance, page_.pszTemplate, sheet.handle(),
+            page_.hInstance, page_.pszTemplate, sheet.handle,
             [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0);
     }
 
@@ -567,7 +528,7 @@ class LonePage {
     }
     INT_PTR Notify(UINT code) const {
         PSHNOTIFY notification = {};
-        notification.hdr.hwndFrom = sheet.handle();
+        notification.hdr.hwndFrom = sheet.handle;
         notification.hdr.code = code;
         SetWindowLongPtrW(handle_, DWLP_MSGRESULT, 0x77);
         return Ask(handle_, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&notification));
@@ -618,6 +579,116 @@ class LonePage {
     OEMUIPSPARAM parameters_ = {};
     Context context_ = {};
     HWND handle_ = nullptr;
+};
+
+// What both pages' procedures do with a call, whatever their controls are.
+class LoneBarcodeTest : public BarcodeTest {
+  protected:
+    using BarcodeTest::BarcodeTest;
+
+    // After one report of success. Activation is answered, other notifications are the platform's, and a host
+    // without a callback is not told.
+    static void ExpectAnswersToTheSheet(LonePage& lone) {
+        const SheetWindow::Message unchanged = {PSM_UNCHANGED, reinterpret_cast<WPARAM>(lone.handle())};
+        for (const UINT code : {PSN_SETACTIVE, PSN_KILLACTIVE}) {
+            EXPECT_EQ(lone.Notify(code), TRUE);
+            EXPECT_EQ(lone.NotifyResult(), 0);
+        }
+        for (const UINT code : {PSN_RESET, PSN_HELP, PSN_QUERYCANCEL, UINT{5}, UDN_DELTAPOS}) {
+            EXPECT_EQ(lone.Notify(code), FALSE);
+            EXPECT_EQ(lone.NotifyResult(), 0x77);
+        }
+        EXPECT_EQ(lone.calls.size(), 1u);
+        lone.LoseCallback();
+        lone.sheet.messages.clear();
+        EXPECT_EQ(lone.Notify(static_cast<UINT>(PSN_APPLY)), TRUE);
+        EXPECT_THAT(lone.sheet.messages, testing::ElementsAre(unchanged));
+    }
+
+    // Before the page has its parameter, when it is told of none, and after it is gone. `procedure` is its
+    // name in the trace.
+    void ExpectNothingWithoutParameter(LonePage& lone, const std::wstring& procedure, int print_button) {
+        lone.Make();
+        const Bytes record = lone.record;
+        const HWND window = lone.MakeTemplate();
+        ASSERT_NE(window, nullptr);
+        const std::wstring line = L"ERROR UI:  " + procedure + L" : GetWindowLongPtr Failed ";
+        const std::wstring missing = line + L"(0)\r\n";
+        rig::TraceCapture trace;
+        const auto expect_ignored = [&](const std::wstring& traced) {
+            for (UINT message = 0; message < 0x10000; message += message < 0x800 ? 1 : 0x1F) {
+                EXPECT_EQ(lone.Ask(window, message), FALSE) << message;
+                EXPECT_EQ(trace.TakeOwn(), message == WM_INITDIALOG ? rig::Lines() : rig::Lines{traced})
+                    << message;
+            }
+        };
+        expect_ignored(missing);
+        PROPSHEETPAGEW without = {};
+        EXPECT_EQ(lone.Ask(window, WM_INITDIALOG, 0, reinterpret_cast<LPARAM>(&without)), FALSE);
+        EXPECT_EQ(lone.Ask(window, WM_COMMAND, MAKEWPARAM(print_button, BN_CLICKED), 0), FALSE);
+        EXPECT_THAT(trace.TakeOwn(), testing::ElementsAre(missing));
+        DestroyWindow(window);
+        trace.TakeOwn();
+        expect_ignored(line + L"(1400)\r\n");
+        EXPECT_THAT(spooler_.calls, testing::IsEmpty());
+        EXPECT_THAT(boxes_, testing::IsEmpty());
+        EXPECT_EQ(Differences(record, lone.record), "");
+    }
+
+    // Every message, and controls that it has, and some that it has not, that tell of anything.
+    void ExpectTakesAnyMessage(LonePage& lone) {
+        lone.Make();
+        const Bytes record = lone.record;
+        for (UINT message = 0; message < 0x10000; message += message < 0x800 ? 1 : 0x1F) {
+            if (message != WM_INITDIALOG && message != WM_SYSCOMMAND && message != WM_SETICON) {
+                EXPECT_EQ(lone.Ask(lone.handle(), message), FALSE) << message;
+            }
+        }
+        for (int control = 1000; control < 1320; ++control) {
+            for (const int notification : {2, 0x200, 0x400, 0x8000}) {
+                lone.Use(control, notification);
+            }
+        }
+        EXPECT_EQ(lone.Use(1, BN_CLICKED), FALSE);
+        EXPECT_EQ(Differences(record, lone.record), "");
+        EXPECT_THAT(lone.sheet.messages, testing::IsEmpty());
+        EXPECT_THAT(spooler_.calls, testing::IsEmpty());
+    }
+
+    // The page goes while the message about its data is open.
+    void ExpectGoesFromItsMessage(LonePage& lone, int data, const wchar_t* refused, int print_button) {
+        lone.Make();
+        const Bytes record = lone.record;
+        lone.Page().TypeText(data, refused);
+        on_box_ = [&] { lone.Unmake(); };
+        EXPECT_EQ(lone.Use(print_button), TRUE);
+        EXPECT_EQ(boxes_.size(), 1u);
+        EXPECT_FALSE(IsWindow(lone.handle()));
+        EXPECT_THAT(spooler_.calls, testing::IsEmpty());
+        EXPECT_EQ(Differences(record, lone.record), "");
+    }
+
+    // The message about its data in a real box.
+    static void ExpectRealBox(const Window& page, int data, const wchar_t* refused, int print_button) {
+        page.TypeText(data, refused);
+        const MessageBoxInfo box = page.OpenMessageBox(print_button);
+        EXPECT_EQ(box.title, L"Error");
+        EXPECT_EQ(box.text, L"BarCode data error!");
+        EXPECT_THAT(box.buttons, testing::ElementsAre(IDOK));
+        box.Press(IDOK);
+        EXPECT_TRUE(page.IsEnabled(print_button));
+    }
+
+    // Each call of the job fails in turn; nobody is told, and the next print starts afresh.
+    void ExpectSilentEnds(const Window& page, int print_button, const std::vector<std::string>& whole) {
+        for (std::size_t failing = 0; failing < whole.size(); ++failing) {
+            SCOPED_TRACE(failing);
+            spooler_.failing = static_cast<int>(failing);
+            ExpectJob(page, print_button, JobFailingAt(whole, failing));
+        }
+        spooler_.failing = -1;
+        ExpectJob(page, print_button, whole);
+    }
 };
 
 }  // namespace pages::barcode

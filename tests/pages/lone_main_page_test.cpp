@@ -17,6 +17,7 @@
 #include "layout_fixture.h"
 #include "page_fixture.h"
 #include "rig/import_hooks.h"
+#include "sheet_window.h"
 
 namespace pages::layout {
 namespace {
@@ -33,51 +34,6 @@ constexpr wchar_t kFirstRunValue[] = L"IsFirstRun_KVMR72";
 void WriteList(const std::wstring& text) {
     rig::WriteUtf16(rig::DriverFolder() / kListFile, text);
 }
-
-// A window in the sheet's place that keeps the messages of property sheets.
-struct SheetWindow {
-    struct Message {
-        UINT message;
-        WPARAM wparam;
-        bool operator==(const Message&) const = default;
-    };
-
-    // Made when the test has its desktop, not before.
-    void Create() {
-        WNDCLASSW window_class = {};
-        window_class.lpfnWndProc = &Procedure;
-        window_class.hInstance = GetModuleHandleW(nullptr);
-        window_class.lpszClassName = L"SheetOfTheMainPageTest";
-        RegisterClassW(&window_class);
-        handle = CreateWindowExW(0, window_class.lpszClassName, L"", WS_OVERLAPPEDWINDOW, 0, 0, 600, 500,
-                                 nullptr, nullptr, window_class.hInstance, this);
-        ShowWindow(handle, SW_SHOWNA);
-    }
-    SheetWindow() = default;
-    SheetWindow(const SheetWindow&) = delete;
-    SheetWindow& operator=(const SheetWindow&) = delete;
-    ~SheetWindow() { DestroyWindow(handle); }
-
-    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-        if (message == WM_CREATE) {
-            const auto* create = reinterpret_cast<const CREATESTRUCTW*>(lparam);
-            SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(create->lpCreateParams));
-        }
-        auto* self = reinterpret_cast<SheetWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-        if (self != nullptr && message >= PSM_SETCURSEL && message <= WM_USER + 200) {
-            self->messages.push_back({message, wparam});
-            if (self->on_message) {
-                self->on_message(message);
-            }
-            return 0;
-        }
-        return DefWindowProcW(window, message, wparam, lparam);
-    }
-
-    HWND handle = nullptr;
-    std::vector<Message> messages;
-    std::function<void(UINT)> on_message;
-};
 
 // The page, made as a sheet makes it but without one, so that each call of its procedure can be looked at.
 class LoneMainPageTest : public PageTest {

@@ -8,6 +8,7 @@
 
 #include "page_fixture.h"
 #include "rig/import_hooks.h"
+#include "sheet_window.h"
 
 namespace {
 
@@ -19,6 +20,7 @@ using pages::FakeSheet;
 using pages::kEnglish;
 using pages::kSimplifiedChinese;
 using pages::kTraditionalChinese;
+using pages::SheetWindow;
 using pages::SourceText;
 using pages::WriteUserFile;
 using rig::Lines;
@@ -380,50 +382,12 @@ TEST_F(OperationPageTest, StaysAppliedAfterApply) {
 
 // --- The page alone
 
-// A window in the sheet's place that keeps the messages of property sheets.
-struct SheetWindow {
-    struct Message {
-        UINT message;
-        WPARAM wparam;
-        LPARAM lparam;
-        bool operator==(const Message&) const = default;
-    };
-
-    SheetWindow() {
-        WNDCLASSW window_class = {};
-        window_class.lpfnWndProc = &Procedure;
-        window_class.hInstance = GetModuleHandleW(nullptr);
-        window_class.lpszClassName = L"SheetOfTheOperationPageTest";
-        RegisterClassW(&window_class);
-        handle = CreateWindowExW(0, window_class.lpszClassName, L"", WS_OVERLAPPEDWINDOW, 0, 0, 600, 500,
-                                 nullptr, nullptr, window_class.hInstance, this);
-    }
-    SheetWindow(const SheetWindow&) = delete;
-    SheetWindow& operator=(const SheetWindow&) = delete;
-    ~SheetWindow() { DestroyWindow(handle); }
-
-    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-        if (message == WM_CREATE) {
-            const auto* create = reinterpret_cast<const CREATESTRUCTW*>(lparam);
-            SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(create->lpCreateParams));
-        }
-        auto* self = reinterpret_cast<SheetWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-        if (self != nullptr && message >= PSM_SETCURSEL && message <= WM_USER + 200) {
-            self->messages.push_back({message, wparam, lparam});
-            return 0;
-        }
-        return DefWindowProcW(window, message, wparam, lparam);
-    }
-
-    HWND handle = nullptr;
-    std::vector<Message> messages;
-};
-
 // The page, made as a sheet makes it but without one, so that each call of its procedure can be looked at.
 class LonePageTest : public OperationPageTest {
   protected:
     void SetUp() override {
         OperationPageTest::SetUp();
+        sheet_.Create();
         hooks_.On("USER32.dll", "DefWindowProcW", &DefWindowProcW,
                   [this](auto, HWND window, UINT message, WPARAM wparam, LPARAM lparam) -> LRESULT {
                       default_calls_.push_back({message, wparam, lparam});
