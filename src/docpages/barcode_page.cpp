@@ -118,10 +118,7 @@ std::vector<std::uint8_t> TestData(HWND dialog, int dataBox) {
 
 void SendTestPrint(const DocumentSheetContext& context, const wchar_t* name,
                    const CommandPieces& pieces) noexcept {
-    if (!pieces.empty()) {
-        SendRawJob(context.pOEMCUIPParam != nullptr ? context.pOEMCUIPParam->hPrinter : nullptr, name,
-                   pieces);
-    }
+    SendRawJob(context.pOEMCUIPParam != nullptr ? context.pOEMCUIPParam->hPrinter : nullptr, name, pieces);
 }
 
 void ReportTestPageApplied(HWND dialog, const DocumentSheetContext& context) noexcept {

@@ -62,7 +62,7 @@ void EnablePrint(HWND dialog, int dataBox, int printButton) noexcept;
 // The text to print in the system's ANSI code page, as the printer gets it. May throw bad_alloc.
 std::vector<std::uint8_t> TestData(HWND dialog, int dataBox);
 
-// Sends a test print to the host's printer. Nothing goes there when there are no pieces, or no printer.
+// Sends a test print to the host's printer. Without one the job ends at its first call.
 void SendTestPrint(const DocumentSheetContext& context, const wchar_t* name,
                    const CommandPieces& pieces) noexcept;
 

@@ -405,6 +405,18 @@ TEST_F(Barcode1DPageTest, MovesByTheScreensDotsPerInch) {
     }
 }
 
+// The places are those of an ordinary screen when this one does not tell.
+TEST_F(Barcode1DPageTest, MovesWithoutADeviceContext) {
+    const Bytes description = Description();
+    refuses_contexts_ = true;
+    LonePage lone(description, RecordOfCases());
+    lone.Make();
+    refuses_contexts_ = false;
+    for (const Place& place : kMoved) {
+        EXPECT_EQ(PlaceOf(lone.Page(), place.control), place);
+    }
+}
+
 TEST_F(Barcode1DPageTest, HasItsPlaceInTheSheet) {
     ExpectTemplate(297, 205, L"1D Code");
 }

@@ -256,6 +256,9 @@ class BarcodeTest : public PageTest {
 
     void SetUp() override {
         PageTest::SetUp();
+        hooks_.On("USER32.dll", "GetDC", &GetDC, [this](auto original, HWND window) {
+            return refuses_contexts_ ? nullptr : original(window);
+        });
         hooks_.On("USER32.dll", "MessageBoxW", &MessageBoxW,
                   [this](auto original, HWND owner, LPCWSTR text, LPCWSTR title, UINT type) {
                       boxes_.push_back({owner, title, text, type});
@@ -471,6 +474,7 @@ class BarcodeTest : public PageTest {
     std::function<void()> on_box_;
     // The screen's dots per inch across and down, in the place of its own.
     std::optional<POINT> per_inch_;
+    bool refuses_contexts_ = false;
     rig::ImportHooks hooks_;
 };
 
