@@ -4,8 +4,9 @@ set(PORTABLE_SOURCES
   src/base/text.cpp
   src/devmode/devmode_record.cpp
   src/devmode/operation_settings.cpp
+  src/devpages/control_font.cpp
+  src/devpages/paper_sizes.cpp
   src/docpages/bitmap_24.cpp
-  src/docpages/hex_command.cpp
   src/docpages/layout_rules.cpp
   src/docpages/operation_preview.cpp
   src/docpages/water_mark_layout.cpp
@@ -16,10 +17,21 @@ set(PORTABLE_SOURCES
   src/printer/barcode_commands.cpp
   src/printer/barcode_fonts.cpp
   src/printer/barcode_height.cpp
+  src/printer/hex_command.cpp
+  src/printer/printer_commands.cpp
 )
 
 set(WIN32_SOURCES
+  src/devpages/control_font_dialog.cpp
+  src/devpages/control_font_file.cpp
+  src/devpages/device_pages.cpp
   src/devpages/device_sheet.cpp
+  src/devpages/download_page.cpp
+  src/devpages/file_download.cpp
+  src/devpages/font_page.cpp
+  src/devpages/printer_forms.cpp
+  src/devpages/printer_port.cpp
+  src/devpages/utility_page.cpp
   src/devpages/version_page.cpp
   src/docpages/barcode_1d_page.cpp
   src/docpages/barcode_2d_page.cpp
@@ -27,7 +39,6 @@ set(WIN32_SOURCES
   src/docpages/bitmap_24_file.cpp
   src/docpages/document_pages.cpp
   src/docpages/document_sheet.cpp
-  src/docpages/hex_key_filter.cpp
   src/docpages/layout_page.cpp
   src/docpages/operation_dialog.cpp
   src/docpages/operation_page.cpp
@@ -43,6 +54,7 @@ set(WIN32_SOURCES
   src/intrface/oem_ui.cpp
   src/intrface/win/activation_context.cpp
   src/intrface/win/help_tips.cpp
+  src/intrface/win/hex_key_filter.cpp
   src/intrface/win/open_file.cpp
   src/intrface/win/platform_win.cpp
   src/intrface/win/property_sheet.cpp

@@ -8,6 +8,7 @@
 #include <cwchar>
 
 #include "base/platform.h"
+#include "devpages/device_pages.h"
 #include "intrface/win/gdi.h"
 #include "intrface/win/page.h"
 #include "language/text_lookup.h"
@@ -108,6 +109,7 @@ void PagePainted(HWND dialog) {
 }
 
 INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    TrackPage(dialog, message, DevicePage::kVersion);
     if (message == WM_NCDESTROY) {
         RemovePropW(dialog, kUnderlinedProperty);
         // Its control is gone already.

@@ -118,7 +118,7 @@ std::vector<std::uint8_t> TestData(HWND dialog, int dataBox) {
 
 void SendTestPrint(const DocumentSheetContext& context, const wchar_t* name,
                    const CommandPieces& pieces) noexcept {
-    SendRawJob(context.pOEMCUIPParam != nullptr ? context.pOEMCUIPParam->hPrinter : nullptr, name, pieces);
+    SendRawJob(context.Printer(), name, pieces);
 }
 
 void ReportTestPageApplied(HWND dialog, const DocumentSheetContext& context) noexcept {

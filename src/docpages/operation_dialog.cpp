@@ -10,15 +10,15 @@
 #include <algorithm>
 
 #include "base/platform.h"
-#include "docpages/hex_command.h"
-#include "docpages/hex_key_filter.h"
 #include "docpages/operation_dialog_texts.h"
 #include "docpages/operation_preview.h"
 #include "intrface/win/help_tips.h"
+#include "intrface/win/hex_key_filter.h"
 #include "intrface/win/module.h"
 #include "intrface/win/page.h"
 #include "language/messages.h"
 #include "language/text_lookup.h"
+#include "printer/hex_command.h"
 #include "resources/resource.h"
 
 namespace {

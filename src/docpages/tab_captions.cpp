@@ -5,7 +5,7 @@
 #include <iterator>
 #include <string_view>
 
-#include "devpages/printer_tabs.h"
+#include "devpages/device_pages.h"
 #include "docpages/document_pages.h"
 #include "language/text_lookup.h"
 
@@ -57,16 +57,25 @@ bool IsOfThisProcess(HWND window) noexcept {
     return process == GetCurrentProcessId();
 }
 
-// FALSE when the control's thread does not answer.
-bool SetTab(HWND tabs, int index, const wchar_t* section, const wchar_t* key,
-            const wchar_t* english) noexcept {
+// Makes a page's title the text of a tab. FALSE when the control's thread does not answer.
+template <typename Page>
+bool SetTab(HWND tabs, int index, const Page& page) noexcept {
+    const TextTable& texts = page.texts();
+    const TextEntry& entry = texts.Entries()[page.titleRow];
     wchar_t title[kShortCaption];
-    LoadText(section, key, english, title);
+    LoadText(texts.Section(), entry.key, entry.english, title);
     TCITEMW item{};
     item.mask = TCIF_TEXT;
     item.pszText = title;
     LRESULT answer = 0;
     return Ask(tabs, TCM_SETITEMW, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item), answer);
+}
+
+// The page then loads its texts anew. FALSE when its thread does not answer; a page that was never shown has
+// no window.
+bool RepaintPage(HWND page) noexcept {
+    LRESULT answer = 0;
+    return page == nullptr || Ask(page, WM_PAINT, 0, 0, answer);
 }
 
 }  // namespace
@@ -84,9 +93,7 @@ BOOL CALLBACK RelabelDocumentTabs(HWND window, LPARAM) noexcept {
     RefreshLanguageFile();
     int index = kFirstDocumentTab;
     for (const DocumentPageEntry& page : DocumentPages()) {
-        const TextTable& texts = page.texts();
-        const TextEntry& title = texts.Entries()[page.titleRow];
-        SetTab(window, index, texts.Section(), title.key, title.english);
+        SetTab(window, index, page);
         ++index;
     }
     return TRUE;
@@ -120,9 +127,10 @@ BOOL CALLBACK RelabelPrinterTabs(HWND window, LPARAM) noexcept {
     RefreshLanguageFile();
     LRESULT count = 0;
     bool isAnswered = Ask(window, TCM_GETITEMCOUNT, 0, 0, count);
-    int index = static_cast<int>(count) - static_cast<int>(std::size(kPrinterTabs));
-    for (const PrinterTab& tab : kPrinterTabs) {
-        isAnswered = isAnswered && SetTab(window, index, tab.section, tab.titleKey, tab.english);
+    int index = static_cast<int>(count) - static_cast<int>(DevicePages().size());
+    for (const DevicePageEntry& entry : DevicePages()) {
+        isAnswered = isAnswered && SetTab(window, index, entry) &&
+                     RepaintPage(FindPage(GetAncestor(window, GA_ROOT), entry.page));
         ++index;
     }
     TRACE_VERBOSE(L"UI:  EnumWindowsProc1 out 1\r\n");

@@ -397,7 +397,7 @@ void TellError(HWND dialog, Message message) {
 void BrowseClicked(HWND dialog, OEMDEV& record) {
     std::wstring chosen;
     wchar_t copy[kPathLength];
-    if (!AskForFile(dialog, L"*.bmp\0*.bmp\0", chosen) || !IsOpen(dialog)) {
+    if (!AskForFile(dialog, nullptr, L"*.bmp\0*.bmp\0", chosen) || !IsOpen(dialog)) {
         return;
     }
     if (chosen.size() >= kFileLength) {

@@ -11,7 +11,8 @@ constexpr int kNoControl = 0;
 // Room of a text, in units with its terminator: longer ones are cut.
 constexpr std::size_t kShortCaption = 20;
 constexpr std::size_t kLongCaption = 50;
-constexpr std::size_t kVersionText = 256;
+constexpr std::size_t kNote = 100;
+constexpr std::size_t kNotice = 256;
 constexpr std::size_t kHelpText = 1024;
 constexpr std::size_t kMessageText = 1024;
 

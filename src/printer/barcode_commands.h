@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "devmode/oemdev.h"
 #include "printer/barcode_check.h"
+#include "printer/command_pieces.h"
 
 // How a symbology's data follows its command.
 enum class BarcodeForm : std::uint8_t {
@@ -88,9 +89,6 @@ bool AcceptsTestData(const BarcodeFont1D& font, std::vector<std::uint8_t>& data)
 // GS1 DataBar data is checked too, and nothing but PDF417 may begin with a byte above 128.
 bool AcceptsTestData(const BarcodeFont2D& font, const BarcodeFont1D& sameFont1D,
                      std::vector<std::uint8_t>& data) noexcept;
-
-// What a test print sends. One piece is one write call, also when it is empty.
-using CommandPieces = std::vector<std::vector<std::uint8_t>>;
 
 // The pieces for accepted data. None for a type that is not in the list, and for data whose length does not
 // fit into the byte that tells it.

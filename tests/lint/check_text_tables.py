@@ -16,11 +16,14 @@ from pathlib import Path
 SECTIONS = {
     "barcode_1d_texts.h": "1DCODE",
     "barcode_2d_texts.h": "2DCODE",
+    "download_page_texts.h": "DOWNLOAD",
+    "font_page_texts.h": "FONT",
     "operation_dialog_texts.h": "DOCUMENT",
     "operation_page_texts.h": "OPERATION",
     "print_density_texts.h": "GPD",
     "layout_page_texts.h": "LAYOUT",
     "message_texts.h": "MessageBox",
+    "utility_page_texts.h": "UTILITY",
     "version_page_texts.h": "VERSION",
     "water_mark_page_texts.h": "WATERMARK",
 }
@@ -28,7 +31,8 @@ SECTIONS = {
 LENGTHS = {
     "kShortCaption": 20,
     "kLongCaption": 50,
-    "kVersionText": 256,
+    "kNote": 100,
+    "kNotice": 256,
     "kHelpText": 1024,
     "kMessageText": 1024,
 }

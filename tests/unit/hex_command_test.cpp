@@ -1,5 +1,5 @@
 // Hexadecimal command text: known examples, every character, and a plain walk over the text as reference.
-#include "docpages/hex_command.h"
+#include "printer/hex_command.h"
 
 #include <gtest/gtest.h>
 

@@ -67,3 +67,11 @@ struct LibraryTraits {
     static void Close(Handle handle) noexcept { FreeLibrary(handle); }
 };
 using Library = UniqueHandle<LibraryTraits>;
+
+// Fixed memory of GlobalAlloc: the handle is its address.
+struct GlobalBlockTraits {
+    using Handle = HGLOBAL;
+    static Handle None() noexcept { return nullptr; }
+    static void Close(Handle handle) noexcept { GlobalFree(handle); }
+};
+using GlobalBlock = UniqueHandle<GlobalBlockTraits>;

@@ -21,7 +21,7 @@ OpenFileFunction OpenFileDialog() noexcept {
 
 }  // namespace
 
-bool AskForFile(HWND owner, const wchar_t* filter, std::wstring& path) {
+bool AskForFile(HWND owner, const wchar_t* title, const wchar_t* filter, std::wstring& path) {
     const OpenFileFunction openFile = OpenFileDialog();
     if (openFile == nullptr) {
         return false;
@@ -31,6 +31,7 @@ bool AskForFile(HWND owner, const wchar_t* filter, std::wstring& path) {
     dialog.lStructSize = sizeof dialog;
     dialog.hwndOwner = owner;
     dialog.lpstrFilter = filter;
+    dialog.lpstrTitle = title;
     dialog.lpstrFile = buffer.data();
     dialog.nMaxFile = static_cast<DWORD>(buffer.size());
     dialog.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;

@@ -16,6 +16,9 @@ struct DeviceSheetContext {
     PFNCOMPROPSHEET pfnComPropSheet = nullptr;
     POEMCUIPPARAM pOEMCUIPParam = nullptr;
     IPrintOemDriverUI* pDriverHelper = nullptr;
+
+    // The host's; null when it gave none.
+    HANDLE Printer() const noexcept { return pOEMCUIPParam != nullptr ? pOEMCUIPParam->hPrinter : nullptr; }
 };
 
 // The buffer that the host gave an option's text, and how many units it filled when it was first seen in a
@@ -47,6 +50,9 @@ struct DocumentSheetContext {
     std::map<const OPTPARAM*, HostText> optionTexts;
 
     LONG_PTR PageHandle(DocumentPage page) const noexcept { return pages[static_cast<std::size_t>(page)]; }
+
+    // The host's; null when it gave none.
+    HANDLE Printer() const noexcept { return pOEMCUIPParam != nullptr ? pOEMCUIPParam->hPrinter : nullptr; }
 
     // The record to edit; null when the host gave none.
     OEMDEV* Record() const noexcept {

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Writes the pictures of the pages as SVG, and their palette: fourteen of the paper's end, two of the print direction.
+"""Writes the pictures of the pages as SVG, and their palette: fourteen of the paper's end, two of the print direction,
+three icons of the Font page's tree.
 
 Usage: make_art.py OUTPUT_FOLDER
 
@@ -271,8 +272,76 @@ def direction(turned):
             + rect(0, 0, DIRECTION_SIZE, DIRECTION_SIZE, "background") + f"<g{turn}>{sheet}</g></svg>\n")
 
 
+# id: rows of an icon. A letter is a colour, a dot shows what lies behind.
+ICON_SIZE = 16
+ICON_COLOURS = {"p": "paper", "e": "edge", "i": "ink", "b": "body", "l": "body_light", "d": "body_dark",
+                "g": "green", "u": "blue", "s": "shadow", "o": "head"}
+ICONS = {
+    # The printer with a receipt.
+    125: ("...eeeeeeeeee...",
+          "...eppppppppe...",
+          "...epiiiippie...",
+          "...eppppppppe...",
+          "...epiipiiipe...",
+          "...eppppppppe...",
+          "...epiiippiie...",
+          "...eppppppppe...",
+          ".bbbddddddddbbb.",
+          "blllllllllllllb.",
+          "blllllllllllgglb",
+          "blllllllllllgglb",
+          "bllllllllllllllb",
+          "bddddddddddddddb",
+          ".bbbbbbbbbbbbbb.",
+          "................"),
+    # A font: its letter on the baseline.
+    126: ("................",
+          ".......ii.......",
+          "......iiii......",
+          "......iiii......",
+          ".....ii..ii.....",
+          ".....ii..ii.....",
+          "....ii....ii....",
+          "....ii....ii....",
+          "...iiiiiiiiii...",
+          "...iiiiiiiiii...",
+          "..ii........ii..",
+          "..ii........ii..",
+          ".iiii......iiii.",
+          "................",
+          "uuuuuuuuuuuuuuuu",
+          "................"),
+    # A size of it: the letter's height.
+    127: ("................",
+          "...u............",
+          "..uuu...........",
+          "...u.....ii.....",
+          "...u....iiii....",
+          "...u....i..i....",
+          "...u...ii..ii...",
+          "...u...i....i...",
+          "...u..iiiiiiii..",
+          "...u..i......i..",
+          "...u.ii......ii.",
+          "...u.ii......ii.",
+          "..uuu...........",
+          "...u............",
+          "................",
+          "................"),
+}
+
+
+def icon(rows):
+    pixels = "".join(rect(x, y, 1, 1, ICON_COLOURS[letter])
+                     for y, row in enumerate(rows) for x, letter in enumerate(row) if letter != ".")
+    return (f'<svg xmlns="http://www.w3.org/2000/svg" width="{ICON_SIZE}" height="{ICON_SIZE}" '
+            f'shape-rendering="crispEdges">{pixels}</svg>\n')
+
+
 def main():
     folder = pathlib.Path(sys.argv[1])
+    for number, rows in ICONS.items():
+        (folder / f"font_{number}.svg").write_text(icon(rows))
     for number, turned in DIRECTIONS.items():
         (folder / f"direction_{number}.svg").write_text(direction(turned))
     for number, state in PICTURES.items():

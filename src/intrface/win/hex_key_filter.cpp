@@ -1,7 +1,7 @@
-#include "docpages/hex_key_filter.h"
+#include "intrface/win/hex_key_filter.h"
 
-#include "docpages/hex_command.h"
 #include "intrface/win/subclass.h"
+#include "printer/hex_command.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "docpages/hex_command.h"
+#include "printer/hex_command.h"
 
 std::uint8_t HexDigitValue(Char16 character) noexcept {
     if (character >= TEXT16('0') && character <= TEXT16('9')) {
