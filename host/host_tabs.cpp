@@ -52,10 +52,17 @@ void TakeSelection(HWND tab, int combo, const DriverOptions& options) {
     }
 }
 
+// A tab without these boxes stays as it is.
+void ShowPrinter(HWND tab, const HostTabContext& context) {
+    SetDlgItemTextW(tab, IDC_HOST_PRINTER, context.printer_name.c_str());
+    SetDlgItemTextW(tab, IDC_HOST_PORT, context.port_name.c_str());
+}
+
 INT_PTR AnswerNotification(HWND tab, const HostTabContext& context, const PSHNOTIFY& notification) {
     switch (notification.hdr.code) {
         case PSN_SETACTIVE:
             ShowOptions(tab, *context.options);
+            ShowPrinter(tab, context);
             context.shown();
             break;
         case PSN_APPLY: {
@@ -118,4 +125,8 @@ LONG_PTR AddTab(const PROPSHEETUI_INFO& info, const HostTabContext& context, WOR
 
 LONG_PTR AddDocumentTabs(const PROPSHEETUI_INFO& info, const HostTabContext& context) {
     return AddTab(info, context, IDD_HOST_LAYOUT) > 0 ? AddTab(info, context, IDD_HOST_QUALITY) : 0;
+}
+
+LONG_PTR AddPrinterTabs(const PROPSHEETUI_INFO& info, const HostTabContext& context) {
+    return AddTab(info, context, IDD_HOST_GENERAL) > 0 ? AddTab(info, context, IDD_HOST_PORTS) : 0;
 }

@@ -18,6 +18,7 @@
 #include "options.h"
 #include "pictures.h"
 #include "play.h"
+#include "play_printer.h"
 #include "plugin_host.h"
 #include "print_list.h"
 #include "record_fields.h"
@@ -91,21 +92,39 @@ void PrintJobLine(const PrintJob& job) {
     std::fflush(stdout);
 }
 
+void PrintFormLine(FormChange change, const Form& form) {
+    const std::string name = ToUtf8(form.name);
+    constexpr double kPerMillimetre = 1000;
+    switch (change) {
+        case FormChange::kAdded:
+        case FormChange::kChanged:
+            std::printf("Form %s: %s, %.10g x %.10g mm\n", change == FormChange::kAdded ? "added" : "changed",
+                        name.c_str(), form.size.cx / kPerMillimetre, form.size.cy / kPerMillimetre);
+            break;
+        case FormChange::kDeleted:
+            std::printf("Form deleted: %s\n", name.c_str());
+            break;
+    }
+    std::fflush(stdout);
+}
+
 // What --play may take, and each print of a list.
 constexpr std::chrono::seconds kPlayTime(60);
 constexpr std::chrono::seconds kPrintTime(1);
 
-SheetResult OpenPreferences(PluginHost& host, const Options& options, VirtualPrinter* printer) {
+SheetResult OpenSheet(PluginHost& host, const Options& options, VirtualPrinter* printer) {
     SheetResult result;
-    const auto open = [&] { result = host.OpenSheet(SheetKind::kDocument); };
+    const auto open = [&] { result = host.OpenSheet(options.sheet); };
     const auto prints = options.prints ? ReadPrintList(*options.prints) : std::vector<ListedPrint>();
     const auto script = [&](UiDriver& driver) {
         const Sheet sheet = driver.WaitForSheet();
         if (options.pictures) {
-            TakePictures(sheet, *options.pictures);
+            TakePictures(driver, sheet, *options.pictures);
         }
         if (options.prints) {
             PrintTests(driver, sheet, prints, printer);
+        } else if (options.play && options.sheet == SheetKind::kPrinter) {
+            PlayPrinter(driver, sheet, options);
         } else if (options.play) {
             Play(driver, sheet, options, printer);
         }
@@ -146,8 +165,10 @@ void WriteTrace(const TraceCapture& trace, const std::filesystem::path& file) {
 }
 
 void RunSheet(const Options& options) {
-    if (options.watermark && !std::filesystem::is_regular_file(*options.watermark)) {
-        throw HostError("there is no file " + ToUtf8(options.watermark->native()));
+    for (const auto& played : {options.watermark, options.download}) {
+        if (played && !std::filesystem::is_regular_file(*played)) {
+            throw HostError("there is no file " + ToUtf8(played->native()));
+        }
     }
     const std::filesystem::path dll =
         options.dll ? std::filesystem::absolute(*options.dll) : ProgramFolder() / L"KVMR72UI.dll";
@@ -158,9 +179,11 @@ void RunSheet(const Options& options) {
         system_printer.emplace(*options.printer);
         settings.printer_name = *options.printer;
         settings.printer = system_printer->handle();
+        settings.port_name = system_printer->PortName();
     } else {
-        virtual_printer.emplace(options.jobs, dll.filename());
+        virtual_printer.emplace(options.jobs, dll.filename(), options.forms);
         virtual_printer->on_job = PrintJobLine;
+        virtual_printer->on_form = PrintFormLine;
         settings.printer = virtual_printer->handle();
     }
     PluginHost host(dll, std::move(settings));
@@ -170,10 +193,13 @@ void RunSheet(const Options& options) {
     RecordCopy before = {};
     std::ranges::copy(host.record_bytes(), before.begin());
 
-    const SheetResult result = OpenPreferences(host, options, virtual_printer ? &*virtual_printer : nullptr);
+    const SheetResult result = OpenSheet(host, options, virtual_printer ? &*virtual_printer : nullptr);
 
     if (!host.GuardsIntact()) {
         throw HostError("the plug-in wrote outside the record or an option's text");
+    }
+    if (options.sheet == SheetKind::kPrinter) {
+        return;
     }
     if (!result.kept) {
         std::puts("Cancelled: the record stays as it was.");

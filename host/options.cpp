@@ -23,8 +23,19 @@ void SetLanguage(Options& options, const std::wstring& value) {
     options.language = value;
 }
 
+void SetSheet(Options& options, const std::wstring& value) {
+    if (value != L"document" && value != L"printer") {
+        throw UsageError("--sheet is document or printer, not \"" + ToUtf8(value) + "\"");
+    }
+    options.sheet = value == L"printer" ? SheetKind::kPrinter : SheetKind::kDocument;
+}
+
 const std::vector<OptionRow>& Rows() {
     static const std::vector<OptionRow> rows = {
+        {L"--sheet", "document|printer",
+         "the printing preferences, which is the default, or the properties of the\n"
+         "printer, which leave the settings record alone",
+         SetSheet},
         {L"--dll", "PATH", "the plug-in; otherwise KVMR72UI.dll beside this program",
          [](Options& options, const std::wstring& value) { options.dll = value; }},
         {L"--record", "FILE",
@@ -39,15 +50,20 @@ const std::vector<OptionRow>& Rows() {
         {L"--play", nullptr,
          "do not wait for a person: set paper size and zoom, watermarks, a drawer\n"
          "and a cut at document start; print every type of barcode; choose\n"
-         "another language and go back, and press OK",
+         "another language and go back, and press OK. With --sheet printer: print\n"
+         "the self test; define, change and delete paper sizes; give a character\n"
+         "of the control font a command, where the driver keeps that; download a\n"
+         "file, and press OK",
          [](Options& options, const std::wstring&) { options.play = true; }},
         {L"--watermark", "BMP", "what --play chooses as image watermark; otherwise only a text is played",
          [](Options& options, const std::wstring& value) { options.watermark = value; }},
+        {L"--download", "FILE", "what --play sends from the Download page; otherwise no file is sent",
+         [](Options& options, const std::wstring& value) { options.download = value; }},
         {L"--pictures", "DIR",
-         "write a BMP of every page of the plug-in and of the operation dialog at\n"
-         "each moment into DIR, before a person or --play takes over; --play adds\n"
-         "each watermark, each group of controls of the barcode pages, and the\n"
-         "sheet right after the change of language",
+         "write a BMP of every page of the plug-in and of its dialogs into DIR,\n"
+         "before a person or --play takes over; --play adds each watermark, each\n"
+         "group of controls of the barcode pages, and the sheet right after the\n"
+         "change of language, or the paper sizes and the file of the printer sheet",
          [](Options& options, const std::wstring& value) { options.pictures = value; }},
         {L"--headless", nullptr, "--play and --pictures, into the folder \"pictures\" unless one is named",
          [](Options& options, const std::wstring&) {
@@ -62,6 +78,11 @@ const std::vector<OptionRow>& Rows() {
          "what the pages send to the printer goes into DIR: the bytes of each job\n"
          "(001-Barcode.prn) and every call of the spooler (spooler.txt)",
          [](Options& options, const std::wstring& value) { options.jobs = value; }},
+        {L"--forms", "FILE",
+         "keep the forms that the pages make (the user's own paper sizes) in FILE:\n"
+         "read at start, written after each change; otherwise they go with the\n"
+         "program",
+         [](Options& options, const std::wstring& value) { options.forms = value; }},
         {L"--prints", "FILE",
          "do not wait for a person: make the test prints that FILE lists, a line\n"
          "of a page (1D or 2D), a type and the data for each, divided by tabs",
@@ -76,6 +97,30 @@ const std::vector<OptionRow>& Rows() {
          [](Options& options, const std::wstring&) { options.version = true; }},
     };
     return rows;
+}
+
+void CheckTogether(const Options& options) {
+    const bool is_printer_sheet = options.sheet == SheetKind::kPrinter;
+    const struct {
+        const char* name;
+        bool is_given;
+        bool is_useless;
+        const char* reason;
+    } kRules[] = {
+        {"--jobs", options.jobs.has_value(), options.printer.has_value(),
+         "the virtual printer, not for --printer"},
+        {"--forms", options.forms.has_value(), options.printer.has_value(),
+         "the virtual printer, not for --printer"},
+        {"--record", options.record.has_value(), is_printer_sheet, "the document sheet"},
+        {"--watermark", options.watermark.has_value(), is_printer_sheet, "the document sheet"},
+        {"--prints", options.prints.has_value(), is_printer_sheet, "the document sheet"},
+        {"--download", options.download.has_value(), !is_printer_sheet, "the printer sheet"},
+    };
+    for (const auto& rule : kRules) {
+        if (rule.is_given && rule.is_useless) {
+            throw UsageError(std::string(rule.name) + " is for " + rule.reason);
+        }
+    }
 }
 
 }  // namespace
@@ -99,9 +144,7 @@ Options ParseOptions(const std::vector<std::wstring>& arguments) {
         }
         row->apply(options, value);
     }
-    if (options.jobs && options.printer) {
-        throw UsageError("--jobs is for the virtual printer, not for --printer");
-    }
+    CheckTogether(options);
     return options;
 }
 
@@ -112,7 +155,8 @@ std::string HelpText() {
         "\n"
         "Opens the printing preferences of the KVM-R72 receipt printer around its\n"
         "user-interface plug-in, as the driver does. When the sheet has ended with OK it\n"
-        "prints what changed in the settings record, field by field.\n"
+        "prints what changed in the settings record, field by field. With --sheet printer\n"
+        "it opens the printer's properties and tells of each change of a form.\n"
         "\n";
     for (const OptionRow& row : Rows()) {
         std::string line = "  " + ToUtf8(row.name);

@@ -7,22 +7,29 @@
 #include <string>
 #include <vector>
 
+#include "plugin_host.h"
+
 // A wrong command line; the text says what is wrong, in UTF-8.
 class UsageError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
 struct Options {
+    SheetKind sheet = SheetKind::kDocument;
     std::optional<std::filesystem::path> dll;  // else KVMR72UI.dll beside the program
+    // For the document sheet, as are watermark and prints.
     std::optional<std::filesystem::path> record;
     std::optional<std::filesystem::path> pictures;
     std::optional<std::filesystem::path> watermark;
+    std::optional<std::filesystem::path> download;  // for the printer sheet
     std::optional<std::filesystem::path> trace;
-    // At most one of the two; neither is a virtual printer without files.
     std::optional<std::filesystem::path> prints;
-    std::optional<std::filesystem::path> jobs;  // folder of the virtual printer
-    std::optional<std::wstring> printer;        // name of one of this system
-    std::optional<std::wstring> language;       // ENG, CHN or CHF
+    // Either folder and forms file of the virtual printer, or the name of a printer of this system; neither
+    // is a virtual printer without files.
+    std::optional<std::filesystem::path> jobs;
+    std::optional<std::filesystem::path> forms;
+    std::optional<std::wstring> printer;
+    std::optional<std::wstring> language;  // ENG, CHN or CHF
     bool play = false;
     bool help = false;
     bool version = false;

@@ -17,9 +17,19 @@ constexpr MomentPicture kMoments[] = {
     {IDC_OPERATION_PAGE_DOC_END, L"operation-end-of-document.bmp"},
 };
 
+void TakeControlFont(const UiDriver& driver, const Window& page, const std::filesystem::path& folder) {
+    const Window table = OpenControlFont(driver, page);
+    SelectControlFontRow(table, L'A');
+    table.Screenshot(folder / L"control-font-table.bmp");
+    const Window command = table.OpenDialog(IDC_CONTROL_TABLE_EDIT);
+    command.Screenshot(folder / L"control-font-command.bmp");
+    command.PressAndWaitClosed(IDCANCEL);
+    table.PressAndWaitClosed(IDCANCEL);
+}
+
 }  // namespace
 
-void TakePictures(const Sheet& sheet, const std::filesystem::path& folder) {
+void TakePictures(const UiDriver& driver, const Sheet& sheet, const std::filesystem::path& folder) {
     std::filesystem::create_directories(folder);
     const int count = sheet.TabCount();
     for (int index = kHostTabCount; index < count; ++index) {
@@ -31,6 +41,9 @@ void TakePictures(const Sheet& sheet, const std::filesystem::path& folder) {
                 dialog.Screenshot(folder / moment.file);
                 dialog.PressAndWaitClosed(IDCANCEL);
             }
+        }
+        if (page.HasControl(IDC_UTILITY_CONTROL_FONT)) {
+            TakeControlFont(driver, page, folder);
         }
     }
     sheet.SelectPage(kHostTabCount);

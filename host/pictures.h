@@ -5,6 +5,7 @@
 
 #include "ui_driver.h"
 
-// Writes into `folder`, which is made when it is missing, the sheet with each page of the plug-in in turn and
-// the operation dialog at each of the four moments. Nothing is changed on the way.
-void TakePictures(const Sheet& sheet, const std::filesystem::path& folder);
+// Writes into `folder`, which is made when it is missing, the sheet with each page of the plug-in in turn,
+// the operation dialog at each of the four moments, and the control font's two dialogs. Nothing is set on the
+// way; the Utility page makes its default paper size when it is first shown.
+void TakePictures(const UiDriver& driver, const Sheet& sheet, const std::filesystem::path& folder);

@@ -34,13 +34,16 @@ struct PluginHost::SheetType {
     SheetKind kind;
     const wchar_t* title;  // behind the printer's name
     DWORD common_ui_mode;
+    bool edits_settings;  // record and public DEVMODE
     LONG_PTR (*add_host_tabs)(const PROPSHEETUI_INFO& info, const HostTabContext& context);
     HRESULT (STDMETHODCALLTYPE IPrintOemUI::*add_plugin_pages)(PPROPSHEETUI_INFO info, LPARAM lparam);
 };
 
 const PluginHost::SheetType PluginHost::kSheetTypes[] = {
-    {SheetKind::kDocument, L" Printing Preferences", OEMCUIP_DOCPROP, AddDocumentTabs,
+    {SheetKind::kDocument, L" Printing Preferences", OEMCUIP_DOCPROP, true, AddDocumentTabs,
      &IPrintOemUI::DocumentPropertySheets},
+    {SheetKind::kPrinter, L" Properties", OEMCUIP_PRNPROP, false, AddPrinterTabs,
+     &IPrintOemUI::DevicePropertySheets},
 };
 
 // One opened sheet. The engine's callbacks find it through their initial parameter.
@@ -126,7 +129,8 @@ void PluginHost::Unload() noexcept {
 }
 
 bool PluginHost::GuardsIntact() const noexcept {
-    return record_.Intact() && public_devmode_.Intact() && options_.GuardsIntact();
+    return record_.Intact() && public_devmode_.Intact() && options_.GuardsIntact() &&
+           (!plugin_items_ || plugin_items_->Intact());
 }
 
 DWORD PluginHost::GetInfo(DWORD mode) {
@@ -192,10 +196,18 @@ HRESULT PluginHost::CommonUIProp(DWORD mode) {
     common_ui_.pPrinterName = settings_.printer_name.data();
     common_ui_.hModule = module_;
     common_ui_.hOEMHeap = heap_;
-    common_ui_.pPublicDM = &public_devmode();
-    common_ui_.pOEMDM = record_.data();
-    common_ui_.pDrvOptItems = options_.items();
-    common_ui_.cDrvOptItems = options_.count();
+    if (mode != OEMCUIP_PRNPROP) {
+        common_ui_.pPublicDM = &public_devmode();
+        common_ui_.pOEMDM = record_.data();
+        common_ui_.pDrvOptItems = options_.items();
+        common_ui_.cDrvOptItems = options_.count();
+        return plugin_->CommonUIProp(mode, &common_ui_);
+    }
+    if (const HRESULT counted = plugin_->CommonUIProp(mode, &common_ui_); FAILED(counted)) {
+        return counted;
+    }
+    plugin_items_.emplace(common_ui_.cOEMOptItems * sizeof(OPTITEM));
+    common_ui_.pOEMOptItems = plugin_items_->As<OPTITEM>();
     return plugin_->CommonUIProp(mode, &common_ui_);
 }
 
@@ -211,6 +223,8 @@ SheetResult PluginHost::OpenSheet(SheetKind kind, HWND owner) {
                     .title = settings_.printer_name + type.title,
                     .kept_settings = CurrentSettings()};
     run.tabs.options = &options_;
+    run.tabs.printer_name = settings_.printer_name;
+    run.tabs.port_name = settings_.port_name;
     run.tabs.shown = [&run] { run.shown = true; };
     run.tabs.applied = [&run](bool closing) { run.closing = closing; };
     run.tabs.apply_finished = [&run] {
@@ -226,8 +240,10 @@ SheetResult PluginHost::OpenSheet(SheetKind kind, HWND owner) {
     parameters.pPrinterName = settings_.printer_name.data();
     parameters.hModule = module_;
     parameters.hOEMHeap = heap_;
-    parameters.pPublicDM = &public_devmode();
-    parameters.pOEMDM = record_.data();
+    if (type.edits_settings) {
+        parameters.pPublicDM = &public_devmode();
+        parameters.pOEMDM = record_.data();
+    }
     parameters.pOemEntry = &run;
 
     SheetResult result;

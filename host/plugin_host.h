@@ -4,13 +4,15 @@
 // whole sheet.
 //
 // Everything the plug-in may write to lies between guard bytes. Calls must come from one thread, the one that
-// opens the sheets.
+// opens the sheets. A host has one sheet open at a time; several hosts in one process may each have one, as
+// when a user opens the printer's properties beside the printing preferences.
 #pragma once
 
 #include "intrface/print_oem.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -29,12 +31,13 @@ class HostError : public std::runtime_error {
 struct HostSettings {
     std::vector<OptionSource> options = ReceiptDriverOptions();
     std::wstring printer_name = L"KVM-R72";
+    std::wstring port_name = L"USB001";  // for the host's own tab
     // Null: no printer stands behind the sheets. The spooler refuses a null handle in every call, so whatever
     // tries to print fails as it does when the printer is gone; an invented handle could be somebody's.
     HANDLE printer = nullptr;
 };
 
-enum class SheetKind { kDocument };
+enum class SheetKind { kDocument, kPrinter };
 
 struct SheetResult {
     LONG code = 0;      // what the sheet engine returned, below 0 for an error
@@ -65,7 +68,7 @@ class PluginHost {
         return std::span<std::uint8_t, kOemRecordSize>(record_.data(), kOemRecordSize);
     }
     bool RecordGuardsIntact() const noexcept { return record_.Intact(); }
-    // Record, public DEVMODE and every option text.
+    // Record, public DEVMODE, every option text, and the plug-in's own option items.
     bool GuardsIntact() const noexcept;
 
     // One GetInfo call for a 32-bit answer. Throws HostError.
@@ -79,6 +82,9 @@ class PluginHost {
     // record of this driver or whose own size field does not match.
     void LoadRecord(std::span<const std::uint8_t> stored);
 
+    // Each call starts with a block as the driver fills it for that mode: the printing preferences come with
+    // record, public DEVMODE and option items; printer properties with none of them, and they ask first how
+    // many items the plug-in wants to add.
     HRESULT CommonUIProp(DWORD mode);
     // CommonUIProp, then the sheet; returns when it is closed. Record, public DEVMODE and selections are kept
     // as they were when OK or Apply was pressed and otherwise put back as a whole. Throws HostError if no
@@ -116,6 +122,7 @@ class PluginHost {
     GuardedBlock public_devmode_;
     OEMUIOBJ ui_object_ = {};
     OEMCUIPPARAM common_ui_ = {};
+    std::optional<GuardedBlock> plugin_items_;  // what it asked for in printer properties
     HANDLE heap_ = nullptr;
     HMODULE module_ = nullptr;
     IPrintOemUI* plugin_ = nullptr;

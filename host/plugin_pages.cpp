@@ -1,5 +1,7 @@
 #include "plugin_pages.h"
 
+#include <commctrl.h>
+
 namespace {
 
 // A control that only this page has.
@@ -14,6 +16,9 @@ constexpr NamedPage kNamedPages[] = {
     {IDC_OPERATION_PAGE_DOC_START, L"operation"},
     {k1DCode.unique, L"barcode-1d"},
     {k2DCode.unique, L"barcode-2d"},
+    {IDC_UTILITY_PAPERS, L"utility"},
+    {IDC_DOWNLOAD_PATH, L"download"},
+    {IDC_FONT_TREE, L"font"},
     {IDC_VERSION_LINK, L"version"},
 };
 
@@ -37,4 +42,32 @@ std::wstring PageName(const Window& page, int index) {
         }
     }
     return L"page-" + std::to_wstring(index);
+}
+
+std::optional<std::wstring> PressForMessage(const UiDriver& driver, const Sheet& sheet, const Window& page,
+                                            int button) {
+    // The second is answered when the first is done with, or from within a message that the page shows.
+    SendNotifyMessageW(page.Control(button), BM_CLICK, 0, 0);
+    SendMessageW(page.handle(), WM_NULL, 0, 0);
+    if (IsWindowEnabled(sheet.handle())) {
+        return std::nullopt;
+    }
+    const MessageBoxInfo box = driver.WaitForMessageBox();
+    box.Press(IDOK);
+    return box.text;
+}
+
+Window OpenControlFont(const UiDriver& driver, const Window& utility_page) {
+    PostMessageW(utility_page.handle(), WM_COMMAND, MAKEWPARAM(IDC_UTILITY_CONTROL_FONT, BN_CLICKED),
+                 reinterpret_cast<LPARAM>(utility_page.Control(IDC_UTILITY_CONTROL_FONT)));
+    return driver.WaitForDialog();
+}
+
+void SelectControlFontRow(const Window& table, wchar_t character) {
+    constexpr wchar_t kFirstRow = L' ';
+    LVITEMW item = {};
+    item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+    item.state = item.stateMask;
+    table.Send(IDC_CONTROL_TABLE_ROWS, LVM_SETITEMSTATE, static_cast<WPARAM>(character - kFirstRow),
+               reinterpret_cast<LPARAM>(&item));
 }

@@ -76,13 +76,8 @@ void PrintTests(const UiDriver& driver, const Sheet& sheet, const std::vector<Li
             if (printer != nullptr) {
                 printer->LabelNextJob(print.type);
             }
-            // The second is answered when the first is done with, or from within a message that it shows.
-            SendNotifyMessageW(page.Control(controls.print), BM_CLICK, 0, 0);
-            SendMessageW(page.handle(), WM_NULL, 0, 0);
-            if (!IsWindowEnabled(sheet.handle())) {
-                const MessageBoxInfo box = driver.WaitForMessageBox();
-                box.Press(IDOK);
-                throw UiError(ToUtf8(print.type) + " \"" + ToUtf8(print.data) + "\": " + ToUtf8(box.text));
+            if (const auto message = PressForMessage(driver, sheet, page, controls.print)) {
+                throw UiError(ToUtf8(print.type) + " \"" + ToUtf8(print.data) + "\": " + ToUtf8(*message));
             }
         }
     }

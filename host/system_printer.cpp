@@ -3,6 +3,7 @@
 #include <winspool.h>
 
 #include <stdexcept>
+#include <vector>
 
 #include "utf8.h"
 
@@ -16,4 +17,17 @@ SystemPrinter::SystemPrinter(const std::wstring& name) {
 
 SystemPrinter::~SystemPrinter() {
     ClosePrinter(handle_);
+}
+
+std::wstring SystemPrinter::PortName() const {
+    constexpr DWORD kLevel = 2;
+    DWORD size = 0;
+    GetPrinterW(handle_, kLevel, nullptr, 0, &size);
+    // Whole structures, for their alignment.
+    std::vector<PRINTER_INFO_2W> info(size / sizeof(PRINTER_INFO_2W) + 1);
+    if (!GetPrinterW(handle_, kLevel, reinterpret_cast<BYTE*>(info.data()), size, &size) ||
+        info.front().pPortName == nullptr) {
+        return {};
+    }
+    return info.front().pPortName;
 }

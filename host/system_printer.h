@@ -14,6 +14,8 @@ class SystemPrinter {
     SystemPrinter& operator=(const SystemPrinter&) = delete;
 
     HANDLE handle() const noexcept { return handle_; }
+    // Empty when the spooler does not tell.
+    std::wstring PortName() const;
 
   private:
     HANDLE handle_ = nullptr;

@@ -175,7 +175,7 @@ void Window::Click(int id) const {
 
 Window Window::OpenDialog(int id) const {
     PostMessageW(UsableControl(id), BM_CLICK, 0, 0);
-    return driver_->WaitForDialog();
+    return driver_->WaitForDialog(handle_);
 }
 
 MessageBoxInfo Window::OpenMessageBox(int id) const {
@@ -413,9 +413,9 @@ Sheet UiDriver::WaitForSheet(std::wstring_view title) const {
     return {*this, WaitForWindow(matches, "a property sheet " + Quoted(title))};
 }
 
-Window UiDriver::WaitForDialog() const {
-    const auto matches = [](HWND window) {
-        return IsWindowEnabled(window) && !IsSheet(window) && !IsMessageBox(window);
+Window UiDriver::WaitForDialog(HWND opener) const {
+    const auto matches = [opener](HWND window) {
+        return window != opener && IsWindowEnabled(window) && !IsSheet(window) && !IsMessageBox(window);
     };
     return {*this, WaitForWindow(matches, "a dialog")};
 }

@@ -145,8 +145,9 @@ class UiDriver {
 
     // `title` empty: any sheet; otherwise a sheet whose title contains it.
     Sheet WaitForSheet(std::wstring_view title = {}) const;
-    // The dialog that is open on top of all others of the thread: visible, enabled, no sheet, no message box.
-    Window WaitForDialog() const;
+    // The dialog that is open on top of all others of the thread: visible, enabled, no sheet, no message box,
+    // and not `opener`, which is enabled until it opens another.
+    Window WaitForDialog(HWND opener = nullptr) const;
     MessageBoxInfo WaitForMessageBox() const;
     // Polls until `condition` holds. `awaited` completes "timed out waiting for ...".
     void WaitUntil(const std::function<bool()>& condition, std::string_view awaited) const;

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "files.h"
+#include "text_packer.h"
 #include "utf8.h"
 
 namespace {
@@ -14,6 +15,8 @@ namespace {
 constexpr char kSpooler[] = "winspool.drv";
 constexpr wchar_t kLogFile[] = L"spooler.txt";
 constexpr DWORD kDocumentLevel = 1;
+constexpr DWORD kPrinterLevel = 2;
+constexpr DWORD kFormLevel = 1;
 // Of a long write a line shows this many bytes, of a long name the file's name this many characters.
 constexpr DWORD kShownBytes = 32;
 constexpr std::size_t kLongestName = 64;
@@ -60,6 +63,50 @@ std::wstring FileNamePart(std::wstring_view text) {
     return part;
 }
 
+// The spooler's remote calls take no null where they give a number.
+constexpr DWORD kNoPlaceForNumber = RPC_X_NULL_REF_POINTER;
+
+Form FormOf(const FORM_INFO_1W& info) {
+    return {.name = info.pName == nullptr ? L"" : info.pName,
+            .flags = info.Flags,
+            .size = info.Size,
+            .area = info.ImageableArea};
+}
+
+// A structure of another level is not read.
+std::string ShownForm(DWORD level, const FORM_INFO_1W* info) {
+    std::string text = std::to_string(level) + ", ";
+    if (info == nullptr) {
+        return text + "null";
+    }
+    if (level != kFormLevel) {
+        return text + "unknown";
+    }
+    const RECTL& area = info->ImageableArea;
+    text += Quoted(info->pName) + ", flags " + std::to_string(info->Flags) + ", " +
+            std::to_string(info->Size.cx) + " x " + std::to_string(info->Size.cy) + ", area";
+    for (const LONG edge : {area.left, area.top, area.right, area.bottom}) {
+        text += ' ' + std::to_string(edge);
+    }
+    return text;
+}
+
+DWORD CheckFormPointer(DWORD level, const FORM_INFO_1W* form) {
+    if (level != kFormLevel) {
+        return ERROR_INVALID_LEVEL;
+    }
+    return form == nullptr ? ERROR_INVALID_PARAMETER : ERROR_SUCCESS;
+}
+
+std::string ShownBuffer(DWORD level, const void* buffer, DWORD size) {
+    return ", " + std::to_string(level) + ", " + (buffer == nullptr ? "null" : "buffer") + " of " +
+           std::to_string(size) + " bytes";
+}
+
+std::string ShownSize(DWORD needed) {
+    return std::to_string(needed) + " bytes needed";
+}
+
 DWORD WINAPI StartDocPrinterStandIn(HANDLE printer, DWORD level, LPBYTE document) {
     return active->StartDocument(printer, level,
                                  static_cast<const DOC_INFO_1W*>(static_cast<const void*>(document)));
@@ -89,6 +136,28 @@ BOOL WINAPI ClosePrinterStandIn(HANDLE printer) {
     return active->Close(printer);
 }
 
+BOOL WINAPI GetPrinterStandIn(HANDLE printer, DWORD level, LPBYTE buffer, DWORD size, LPDWORD needed) {
+    return active->Tell(printer, level, buffer, size, needed);
+}
+
+BOOL WINAPI EnumFormsStandIn(HANDLE printer, DWORD level, LPBYTE buffer, DWORD size, LPDWORD needed,
+                             LPDWORD count) {
+    return active->ListForms(printer, level, buffer, size, needed, count);
+}
+
+BOOL WINAPI AddFormStandIn(HANDLE printer, DWORD level, LPBYTE form) {
+    return active->MakeForm(printer, level, static_cast<const FORM_INFO_1W*>(static_cast<const void*>(form)));
+}
+
+BOOL WINAPI SetFormStandIn(HANDLE printer, LPWSTR name, DWORD level, LPBYTE form) {
+    return active->ChangeForm(printer, name, level,
+                              static_cast<const FORM_INFO_1W*>(static_cast<const void*>(form)));
+}
+
+BOOL WINAPI DeleteFormStandIn(HANDLE printer, LPWSTR name) {
+    return active->RemoveForm(printer, name);
+}
+
 }  // namespace
 
 std::wstring JobFileStem(const PrintJob& job) {
@@ -98,8 +167,9 @@ std::wstring JobFileStem(const PrintJob& job) {
     return job.label.empty() ? stem : stem + L"-" + FileNamePart(job.label);
 }
 
-VirtualPrinter::VirtualPrinter(std::optional<std::filesystem::path> folder, const std::wstring& plugin)
-    : folder_(std::move(folder)), imports_(plugin) {
+VirtualPrinter::VirtualPrinter(std::optional<std::filesystem::path> folder, const std::wstring& plugin,
+                               std::optional<std::filesystem::path> forms)
+    : folder_(std::move(folder)), printers_(1), forms_(std::move(forms)), imports_(plugin) {
     if (active != nullptr) {
         throw std::logic_error("there is a virtual printer already");
     }
@@ -122,16 +192,51 @@ VirtualPrinter::VirtualPrinter(std::optional<std::filesystem::path> folder, cons
     stand_in("EndDocPrinter", &EndDocPrinterStandIn);
     stand_in("AbortPrinter", &AbortPrinterStandIn);
     stand_in("ClosePrinter", &ClosePrinterStandIn);
+    stand_in("GetPrinterW", &GetPrinterStandIn);
+    stand_in("EnumFormsW", &EnumFormsStandIn);
+    stand_in("AddFormW", &AddFormStandIn);
+    stand_in("SetFormW", &SetFormStandIn);
+    stand_in("DeleteFormW", &DeleteFormStandIn);
 }
 
 VirtualPrinter::~VirtualPrinter() {
-    GiveUpJob();
+    for (Printer& printer : printers_) {
+        GiveUpJob(&printer);
+    }
     active = nullptr;
 }
 
 HANDLE VirtualPrinter::handle() const noexcept {
-    // An address of this program's own cannot be another printer's handle.
-    return const_cast<VirtualPrinter*>(this);
+    return const_cast<Printer*>(&printers_.front());
+}
+
+HANDLE VirtualPrinter::NewPrinter(PrinterDescription description) {
+    const std::lock_guard lock(mutex_);
+    return &printers_.emplace_back(Printer{.description = std::move(description)});
+}
+
+void VirtualPrinter::Describe(HANDLE printer, PrinterDescription description) {
+    const std::lock_guard lock(mutex_);
+    Printer* const found = Find(printer);
+    if (found == nullptr) {
+        throw std::invalid_argument("no printer has this handle");
+    }
+    found->description = std::move(description);
+}
+
+std::vector<Form> VirtualPrinter::Forms() const {
+    const std::lock_guard lock(mutex_);
+    return forms_.forms();
+}
+
+void VirtualPrinter::SetForms(std::vector<Form> forms) {
+    const std::lock_guard lock(mutex_);
+    forms_.Replace(std::move(forms));
+}
+
+void VirtualPrinter::AllowFormChanges(bool allowed) {
+    const std::lock_guard lock(mutex_);
+    can_change_forms_ = allowed;
 }
 
 std::vector<PrintJob> VirtualPrinter::Jobs() const {
@@ -161,135 +266,258 @@ DWORD VirtualPrinter::StartDocument(HANDLE printer, DWORD level, const DOC_INFO_
                                   ? Quoted(document->pDocName) + ", output " + Quoted(document->pOutputFile) +
                                         ", " + Quoted(document->pDatatype)
                                   : (document == nullptr ? "null" : "unknown");
-    const bool started =
-        Answer("StartDocPrinterW", printer, ", " + std::to_string(level) + ", " + shown, [&]() -> Outcome {
-            if (level != kDocumentLevel) {
-                return {ERROR_INVALID_LEVEL};
-            }
-            if (document == nullptr) {
-                return {ERROR_INVALID_PARAMETER};
-            }
-            if (state_ != State::kIdle) {
-                return {ERROR_INVALID_PRINTER_STATE};
-            }
-            job_ = {.number = job_.number + 1, .label = std::exchange(next_label_, {})};
-            job_.document = document->pDocName == nullptr ? L"" : document->pDocName;
-            state_ = State::kDocument;
-            return {ERROR_SUCCESS, std::to_string(job_.number)};
-        });
-    return started ? job_.number : 0;
+    DWORD number = 0;
+    Answer("StartDocPrinterW", printer, ", " + std::to_string(level) + ", " + shown,
+           [&](Printer& own) -> Outcome {
+               if (level != kDocumentLevel) {
+                   return {ERROR_INVALID_LEVEL};
+               }
+               if (document == nullptr) {
+                   return {ERROR_INVALID_PARAMETER};
+               }
+               if (own.state != State::kIdle) {
+                   return {ERROR_INVALID_PRINTER_STATE};
+               }
+               number = ++last_job_;
+               own.job = {.number = number, .label = std::exchange(next_label_, {})};
+               own.job.document = document->pDocName == nullptr ? L"" : document->pDocName;
+               own.state = State::kDocument;
+               return {ERROR_SUCCESS, std::to_string(number)};
+           });
+    return number;
 }
 
 BOOL VirtualPrinter::StartPage(HANDLE printer) {
-    return Answer("StartPagePrinter", printer, "", [this]() -> Outcome {
-        if (state_ != State::kDocument) {
-            return {OrderError()};
+    return Answer("StartPagePrinter", printer, "", [](Printer& own) -> Outcome {
+        if (own.state != State::kDocument) {
+            return {OrderError(own)};
         }
-        state_ = State::kPage;
+        own.state = State::kPage;
         return {};
     });
 }
 
 BOOL VirtualPrinter::Write(HANDLE printer, const void* bytes, DWORD size, DWORD* written) {
     const std::string shown = ", " + std::to_string(size) + " bytes:" + ShownBytes(bytes, size);
-    return Answer("WritePrinter", printer, shown, [&]() -> Outcome {
+    return Answer("WritePrinter", printer, shown, [&](Printer& own) -> Outcome {
         if (written == nullptr) {
             return {ERROR_INVALID_PARAMETER};
         }
-        if (state_ != State::kPage) {
-            return {OrderError()};
+        if (own.state != State::kPage) {
+            return {OrderError(own)};
         }
         *written = 0;
         if (bytes == nullptr && size != 0) {
             return {ERROR_INVALID_USER_BUFFER};
         }
         const auto* const first = static_cast<const std::uint8_t*>(bytes);
-        job_.bytes.insert(job_.bytes.end(), first, first + size);
+        own.job.bytes.insert(own.job.bytes.end(), first, first + size);
         *written = size;
         return {ERROR_SUCCESS, "TRUE, " + std::to_string(size) + " written"};
     });
 }
 
 BOOL VirtualPrinter::EndPage(HANDLE printer) {
-    return Answer("EndPagePrinter", printer, "", [this]() -> Outcome {
-        if (state_ != State::kPage) {
-            return {OrderError()};
+    return Answer("EndPagePrinter", printer, "", [](Printer& own) -> Outcome {
+        if (own.state != State::kPage) {
+            return {OrderError(own)};
         }
-        state_ = State::kDocument;
+        own.state = State::kDocument;
         return {};
     });
 }
 
 // A page that is still open ends with its document.
 BOOL VirtualPrinter::EndDocument(HANDLE printer) {
-    const bool ended = Answer("EndDocPrinter", printer, "", [this]() -> Outcome {
-        if (state_ == State::kIdle) {
+    const bool ended = Answer("EndDocPrinter", printer, "", [this](Printer& own) -> Outcome {
+        if (own.state == State::kIdle) {
             return {ERROR_SPL_NO_STARTDOC};
         }
-        if (!FinishJob(true)) {
+        if (!FinishJob(own, true)) {
             return {ERROR_WRITE_FAULT};
         }
         return {};
     });
-    if (!ended && IsOwn(printer)) {
-        GiveUpJob();
+    if (!ended) {
+        GiveUpJob(printer);
     }
     return ended;
 }
 
 BOOL VirtualPrinter::Abort(HANDLE printer) {
-    const bool aborted = Answer("AbortPrinter", printer, "", [this]() -> Outcome {
-        if (state_ == State::kIdle) {
+    const bool aborted = Answer("AbortPrinter", printer, "", [](Printer& own) -> Outcome {
+        if (own.state == State::kIdle) {
             return {ERROR_SPL_NO_STARTDOC};
         }
         return {};
     });
     if (aborted) {
-        GiveUpJob();
+        GiveUpJob(printer);
     }
     return aborted;
 }
 
 BOOL VirtualPrinter::Close(HANDLE printer) {
-    const bool closed = Answer("ClosePrinter", printer, "", [this]() -> Outcome {
-        is_closed_ = true;
+    const bool closed = Answer("ClosePrinter", printer, "", [](Printer& own) -> Outcome {
+        own.is_closed = true;
         return {};
     });
     if (closed) {
-        GiveUpJob();
+        GiveUpJob(printer);
     }
     return closed;
 }
 
-bool VirtualPrinter::IsOwn(HANDLE printer) const noexcept {
-    return printer == handle() && !is_closed_;
+BOOL VirtualPrinter::Tell(HANDLE printer, DWORD level, void* buffer, DWORD size, DWORD* needed) {
+    return Answer("GetPrinterW", printer, ShownBuffer(level, buffer, size), [&](Printer& own) -> Outcome {
+        if (level != kPrinterLevel) {
+            return {ERROR_INVALID_LEVEL};
+        }
+        if (needed == nullptr) {
+            return {kNoPlaceForNumber};
+        }
+        const auto& [name, port, driver] = own.description;
+        const std::wstring processor = L"winprint";
+        const std::wstring datatype = L"RAW";
+        const std::wstring none;
+        std::size_t total = sizeof(PRINTER_INFO_2W);
+        for (const auto* text :
+             {&name, &none, &port, &driver, &none, &none, &none, &processor, &datatype, &none}) {
+            total += TextPacker::SizeOf(*text);
+        }
+        *needed = static_cast<DWORD>(total);
+        if (const DWORD error = CheckBuffer(buffer, size, *needed); error != ERROR_SUCCESS) {
+            return {error, ShownSize(*needed)};
+        }
+        TextPacker packer(buffer, sizeof(PRINTER_INFO_2W));
+        PRINTER_INFO_2W info = {};
+        info.pPrinterName = packer.Put(name);
+        info.pShareName = packer.Put(none);
+        info.pPortName = packer.Put(port);
+        info.pDriverName = packer.Put(driver);
+        info.pComment = packer.Put(none);
+        info.pLocation = packer.Put(none);
+        info.pSepFile = packer.Put(none);
+        info.pPrintProcessor = packer.Put(processor);
+        info.pDatatype = packer.Put(datatype);
+        info.pParameters = packer.Put(none);
+        info.Attributes = PRINTER_ATTRIBUTE_LOCAL;
+        packer.PutStructure(info);
+        return {ERROR_SUCCESS, "TRUE, " + Quoted(name.c_str()) + " on " + Quoted(port.c_str())};
+    });
 }
 
-DWORD VirtualPrinter::OrderError() const noexcept {
-    return state_ == State::kIdle ? ERROR_SPL_NO_STARTDOC : ERROR_INVALID_PRINTER_STATE;
+BOOL VirtualPrinter::ListForms(HANDLE printer, DWORD level, void* buffer, DWORD size, DWORD* needed,
+                               DWORD* count) {
+    return Answer("EnumFormsW", printer, ShownBuffer(level, buffer, size), [&](Printer&) -> Outcome {
+        if (level != kFormLevel) {
+            return {ERROR_INVALID_LEVEL};
+        }
+        if (needed == nullptr || count == nullptr) {
+            return {kNoPlaceForNumber};
+        }
+        *count = 0;
+        if (const DWORD error = CopyForms(forms_.forms(), buffer, size, *needed); error != ERROR_SUCCESS) {
+            return {error, ShownSize(*needed)};
+        }
+        *count = static_cast<DWORD>(forms_.forms().size());
+        return {ERROR_SUCCESS, "TRUE, " + std::to_string(*count) + " forms"};
+    });
+}
+
+BOOL VirtualPrinter::MakeForm(HANDLE printer, DWORD level, const FORM_INFO_1W* form) {
+    return AnswerFormChange("AddFormW", printer, ", " + ShownForm(level, form), [&] {
+        if (const DWORD error = CheckFormPointer(level, form); error != ERROR_SUCCESS) {
+            return error;
+        }
+        const Form made = FormOf(*form);
+        return Reported(forms_.Add(made), FormChange::kAdded, made);
+    });
+}
+
+BOOL VirtualPrinter::ChangeForm(HANDLE printer, const wchar_t* name, DWORD level, const FORM_INFO_1W* form) {
+    const std::string shown = ", " + Quoted(name) + ", " + ShownForm(level, form);
+    return AnswerFormChange("SetFormW", printer, shown, [&] {
+        if (const DWORD error = CheckFormPointer(level, form); error != ERROR_SUCCESS) {
+            return error;
+        }
+        const Form changed = FormOf(*form);
+        return Reported(forms_.Set(name == nullptr ? L"" : name, changed), FormChange::kChanged, changed);
+    });
+}
+
+BOOL VirtualPrinter::RemoveForm(HANDLE printer, const wchar_t* name) {
+    return AnswerFormChange("DeleteFormW", printer, ", " + Quoted(name), [&] {
+        const Form deleted = {.name = name == nullptr ? L"" : name};
+        return Reported(forms_.Delete(deleted.name), FormChange::kDeleted, deleted);
+    });
+}
+
+DWORD VirtualPrinter::Reported(DWORD error, FormChange change, const Form& form) const {
+    if (error == ERROR_SUCCESS && on_form) {
+        on_form(change, form);
+    }
+    return error;
+}
+
+VirtualPrinter::Printer* VirtualPrinter::Find(HANDLE handle) noexcept {
+    const auto found =
+        std::ranges::find_if(printers_, [handle](const Printer& printer) { return &printer == handle; });
+    return found == printers_.end() ? nullptr : &*found;
+}
+
+DWORD VirtualPrinter::OrderError(const Printer& printer) noexcept {
+    return printer.state == State::kIdle ? ERROR_SPL_NO_STARTDOC : ERROR_INVALID_PRINTER_STATE;
 }
 
 // Answers a call and keeps a line about it. The last error changes only when the call fails.
 bool VirtualPrinter::Answer(const char* function, HANDLE printer, const std::string& arguments,
-                            const std::function<Outcome()>& action) {
+                            const std::function<Outcome(Printer&)>& action) {
     const DWORD last_error = GetLastError();
+    if (before_call) {
+        before_call(function);
+    }
     const std::lock_guard lock(mutex_);
     Outcome outcome;
     if (calls_to_failure_ > 0 && --calls_to_failure_ == 0) {
         outcome.error = planned_error_;
     } else {
-        outcome = IsOwn(printer) ? action() : Outcome{ERROR_INVALID_HANDLE};
+        Printer* const own = Find(printer);
+        outcome = own != nullptr && !own->is_closed ? action(*own) : Outcome{ERROR_INVALID_HANDLE};
     }
     const bool succeeded = outcome.error == ERROR_SUCCESS;
-    AddLine(std::string(function) + "(" + Shown(printer) + arguments + ") -> " +
-            (succeeded ? outcome.told : "FALSE, error " + std::to_string(outcome.error)));
+    std::string line = std::string(function) + "(" + Shown(printer) + arguments + ") -> ";
+    if (!succeeded) {
+        line += "FALSE, error " + std::to_string(outcome.error);
+        line += outcome.told.empty() ? "" : ", ";
+    } else if (outcome.told.empty()) {
+        line += "TRUE";
+    }
+    AddLine(line + outcome.told);
     SetLastError(succeeded ? last_error : outcome.error);
     return succeeded;
 }
 
+// A change whose forms file cannot be written is not made.
+bool VirtualPrinter::AnswerFormChange(const char* function, HANDLE printer, const std::string& arguments,
+                                      const std::function<DWORD()>& action) {
+    return Answer(function, printer, arguments, [&](Printer&) -> Outcome {
+        if (!can_change_forms_) {
+            return {ERROR_ACCESS_DENIED};
+        }
+        try {
+            return {action()};
+        } catch (const std::runtime_error& error) {
+            return {ERROR_WRITE_FAULT, error.what()};
+        }
+    });
+}
+
 std::string VirtualPrinter::Shown(HANDLE printer) const {
-    if (printer == handle()) {
-        return "printer";
+    for (std::size_t i = 0; i < printers_.size(); ++i) {
+        if (&printers_[i] == printer) {
+            return i == 0 ? "printer" : "printer " + std::to_string(i + 1);
+        }
     }
     char text[2 + 16 + 1];
     std::snprintf(text, sizeof text, "0x%llX",
@@ -306,11 +534,12 @@ void VirtualPrinter::AddLine(const std::string& line) {
 }
 
 // False when the job's file cannot be written: it is then not ended yet.
-bool VirtualPrinter::FinishJob(bool printed) {
+bool VirtualPrinter::FinishJob(Printer& printer, bool printed) {
+    PrintJob& job = printer.job;
     if (folder_) {
-        const std::wstring name = JobFileStem(job_) + (printed ? L".prn" : L".prn.unfinished");
+        const std::wstring name = JobFileStem(job) + (printed ? L".prn" : L".prn.unfinished");
         try {
-            WriteWholeFile(*folder_ / name, job_.bytes);
+            WriteWholeFile(*folder_ / name, job.bytes);
         } catch (const std::exception& error) {
             AddLine(error.what());
             if (printed) {
@@ -318,10 +547,10 @@ bool VirtualPrinter::FinishJob(bool printed) {
             }
         }
     }
-    state_ = State::kIdle;
-    job_.printed = printed;
-    jobs_.push_back(job_);
-    job_.bytes.clear();
+    printer.state = State::kIdle;
+    job.printed = printed;
+    jobs_.push_back(job);
+    job.bytes.clear();
     if (on_job) {
         // Who is told may print again, which moves the jobs.
         const PrintJob finished = jobs_.back();
@@ -330,12 +559,13 @@ bool VirtualPrinter::FinishJob(bool printed) {
     return true;
 }
 
-void VirtualPrinter::GiveUpJob() {
+void VirtualPrinter::GiveUpJob(HANDLE printer) {
     const DWORD last_error = GetLastError();
     const std::lock_guard lock(mutex_);
-    if (state_ != State::kIdle) {
-        AddLine("job " + std::to_string(job_.number) + " was given up");
-        FinishJob(false);
+    Printer* const own = Find(printer);
+    if (own != nullptr && own->state != State::kIdle) {
+        AddLine("job " + std::to_string(own->job.number) + " was given up");
+        FinishJob(*own, false);
     }
     SetLastError(last_error);
 }

@@ -1,6 +1,7 @@
-// A printer without driver and paper: what the plug-in sends to its handle becomes jobs in memory and, when
-// wanted, files. The spooler's functions that the plug-in imports lead here as long as one of these lives;
-// the rest of the process keeps the real spooler.
+// A printer without driver and paper, and the print server that it belongs to: what the plug-in sends to its
+// handle becomes jobs in memory and, when wanted, files; the forms that it makes are kept. The spooler's
+// functions that the plug-in imports lead here as long as one of these lives; the rest of the process keeps
+// the real spooler.
 //
 //   VirtualPrinter printer;
 //   PluginHost host(dll, {.printer = printer.handle()});
@@ -13,6 +14,7 @@
 #include <winspool.h>
 
 #include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -21,6 +23,7 @@
 #include <string>
 #include <vector>
 
+#include "form_list.h"
 #include "module_imports.h"
 
 struct PrintJob {
@@ -31,6 +34,16 @@ struct PrintJob {
     bool printed = false;  // ended as it should; otherwise aborted or never ended
 };
 
+// What the spooler tells of a printer.
+struct PrinterDescription {
+    std::wstring name = L"KVM-R72";
+    std::wstring port = L"USB001";
+    std::wstring driver = L"KVM-R72";
+};
+
+// What became of a form.
+enum class FormChange { kAdded, kChanged, kDeleted };
+
 // What the name of a job's file starts with: "001-Barcode", or "001-Barcode-UPC-A" with a label. Characters
 // that a file name cannot have, and spaces, are replaced.
 std::wstring JobFileStem(const PrintJob& job);
@@ -40,10 +53,11 @@ class VirtualPrinter {
   public:
     // With a folder, which is made when it is missing, each job leaves its bytes there when it ends
     // (001-Barcode.prn) or is given up (001-Barcode.prn.unfinished), and each call a line in spooler.txt,
-    // which starts empty. `plugin` is the DLL's file name. Throws std::runtime_error when the folder cannot
-    // be used.
+    // which starts empty. `plugin` is the DLL's file name. With a forms file the user's forms last, as
+    // FormList says. Throws std::runtime_error when the folder or the forms file cannot be used.
     explicit VirtualPrinter(std::optional<std::filesystem::path> folder = std::nullopt,
-                            const std::wstring& plugin = L"KVMR72UI.dll");
+                            const std::wstring& plugin = L"KVMR72UI.dll",
+                            std::optional<std::filesystem::path> forms = std::nullopt);
     // Gives up a job that was not ended.
     ~VirtualPrinter();
     VirtualPrinter(const VirtualPrinter&) = delete;
@@ -51,6 +65,18 @@ class VirtualPrinter {
 
     // Valid in this process for the plug-in alone.
     HANDLE handle() const noexcept;
+    // A further printer of the same server: it has the same forms and puts its jobs behind those of the
+    // others. The first is "printer" in the log, this one "printer 2" and so on.
+    HANDLE NewPrinter(PrinterDescription description);
+    // What GetPrinterW tells from now on. Throws std::invalid_argument for a handle that is no printer's
+    // here.
+    void Describe(HANDLE printer, PrinterDescription description);
+
+    // The server's forms; giving it others asks nobody, and leaves the forms file alone.
+    std::vector<Form> Forms() const;
+    void SetForms(std::vector<Form> forms);
+    // Without the right to change forms the user can still read them.
+    void AllowFormChanges(bool allowed);
     // The jobs so far that have ended or were given up, in that order.
     std::vector<PrintJob> Jobs() const;
     // Every call so far: the lines of spooler.txt.
@@ -63,6 +89,10 @@ class VirtualPrinter {
     void LabelNextJob(std::wstring label);
     // Told of each job that has ended or was given up, in the call that did it.
     std::function<void(const PrintJob&)> on_job;
+    // Told of each change of a form, in the call that made it; of a deleted form only its name.
+    std::function<void(FormChange, const Form&)> on_form;
+    // Runs before each call with the function's name: what another user of the server does meanwhile.
+    std::function<void(const char* function)> before_call;
 
     // The spooler's functions. Their order is held to strictly: some spoolers let pass what is written
     // outside a page, this one does not.
@@ -73,34 +103,52 @@ class VirtualPrinter {
     BOOL EndDocument(HANDLE printer);
     BOOL Abort(HANDLE printer);
     BOOL Close(HANDLE printer);
+    // Level 2: what only a driver or an administrator sets is none or empty.
+    BOOL Tell(HANDLE printer, DWORD level, void* buffer, DWORD size, DWORD* needed);
+    // Level 1.
+    BOOL ListForms(HANDLE printer, DWORD level, void* buffer, DWORD size, DWORD* needed, DWORD* count);
+    BOOL MakeForm(HANDLE printer, DWORD level, const FORM_INFO_1W* form);
+    BOOL ChangeForm(HANDLE printer, const wchar_t* name, DWORD level, const FORM_INFO_1W* form);
+    BOOL RemoveForm(HANDLE printer, const wchar_t* name);
 
   private:
     enum class State { kIdle, kDocument, kPage };
-    // A call's error, or 0 and what the log tells that it gave.
+    // Its address is the printer's handle: an address of this program's own cannot be another printer's.
+    struct Printer {
+        PrinterDescription description = {};
+        State state = State::kIdle;
+        PrintJob job = {};  // the started one, or the last
+        bool is_closed = false;
+    };
+    // A call's error, or 0, and what the log tells besides.
     struct Outcome {
         DWORD error = ERROR_SUCCESS;
-        std::string told = "TRUE";
+        std::string told = {};
     };
 
     bool Answer(const char* function, HANDLE printer, const std::string& arguments,
-                const std::function<Outcome()>& action);
-    bool IsOwn(HANDLE printer) const noexcept;
-    DWORD OrderError() const noexcept;
+                const std::function<Outcome(Printer&)>& action);
+    bool AnswerFormChange(const char* function, HANDLE printer, const std::string& arguments,
+                          const std::function<DWORD()>& action);
+    DWORD Reported(DWORD error, FormChange change, const Form& form) const;
+    Printer* Find(HANDLE handle) noexcept;
+    static DWORD OrderError(const Printer& printer) noexcept;
     std::string Shown(HANDLE printer) const;
     void AddLine(const std::string& line);
-    bool FinishJob(bool printed);
-    void GiveUpJob();
+    bool FinishJob(Printer& printer, bool printed);
+    void GiveUpJob(HANDLE printer);
 
-    // Also held while `on_job` runs, which may ask for the jobs.
+    // Also held while a call tells of a job or a form: who is told may ask for the jobs or the forms.
     mutable std::recursive_mutex mutex_;
     std::optional<std::filesystem::path> folder_;
     std::ofstream log_;
     std::vector<std::string> lines_;
+    std::deque<Printer> printers_;  // never moved
     std::vector<PrintJob> jobs_;
-    PrintJob job_;  // the started one, or the last
+    DWORD last_job_ = 0;
     std::wstring next_label_;
-    State state_ = State::kIdle;
-    bool is_closed_ = false;
+    FormList forms_;
+    bool can_change_forms_ = true;
     int calls_to_failure_ = 0;  // 0: none is planned
     DWORD planned_error_ = ERROR_SUCCESS;
     ModuleImports imports_;

@@ -21,8 +21,8 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 TEST_F(HostProgramTest, EndsWithTwoForAWrongCommandLine) {
-    for (const wchar_t* arguments :
-         {L"--wrong", L"--record", L"--watermark", L"--language DEU", L"--help --wrong"}) {
+    for (const wchar_t* arguments : {L"--wrong", L"--record", L"--watermark", L"--language DEU",
+                                     L"--help --wrong", L"--sheet printer --prints list.tsv"}) {
         SCOPED_TRACE(ToUtf8(arguments));
         const ProgramRun run = Run(arguments);
         EXPECT_EQ(run.exit_code, 2u);

@@ -34,15 +34,26 @@ std::string UsageErrorOf(const std::vector<std::wstring>& arguments) {
 
 TEST(HostOptionsTest, NothingIsChosenWithoutOptions) {
     const Options options = ParseOptions({});
+    EXPECT_EQ(options.sheet, SheetKind::kDocument);
     EXPECT_FALSE(options.dll || options.record || options.pictures || options.watermark || options.trace ||
-                 options.language || options.jobs || options.printer);
+                 options.language || options.jobs || options.forms || options.prints || options.download ||
+                 options.printer);
     EXPECT_FALSE(options.play || options.help || options.version);
 }
 
 TEST(HostOptionsTest, TakesEveryOption) {
-    const Options options = ParseOptions({L"--dll", L"C:\\a b\\x.dll", L"--record", L"r.bin", L"--pictures",
-                                          L"p", L"--watermark", L"w.bmp", L"--trace", L"t.txt", L"--language",
-                                          L"CHF", L"--jobs", L"j", L"--play", L"--help", L"--version"});
+    const Options options = ParseOptions({L"--dll",       L"C:\\a b\\x.dll",
+                                          L"--record",    L"r.bin",
+                                          L"--pictures",  L"p",
+                                          L"--watermark", L"w.bmp",
+                                          L"--trace",     L"t.txt",
+                                          L"--language",  L"CHF",
+                                          L"--jobs",      L"j",
+                                          L"--forms",     L"f.txt",
+                                          L"--prints",    L"l.tsv",
+                                          L"--sheet",     L"document",
+                                          L"--play",      L"--help",
+                                          L"--version"});
     EXPECT_EQ(options.dll, std::filesystem::path(L"C:\\a b\\x.dll"));
     EXPECT_EQ(options.record, std::filesystem::path(L"r.bin"));
     EXPECT_EQ(options.pictures, std::filesystem::path(L"p"));
@@ -50,6 +61,9 @@ TEST(HostOptionsTest, TakesEveryOption) {
     EXPECT_EQ(options.trace, std::filesystem::path(L"t.txt"));
     EXPECT_EQ(options.language, L"CHF");
     EXPECT_EQ(options.jobs, std::filesystem::path(L"j"));
+    EXPECT_EQ(options.forms, std::filesystem::path(L"f.txt"));
+    EXPECT_EQ(options.prints, std::filesystem::path(L"l.tsv"));
+    EXPECT_EQ(options.sheet, SheetKind::kDocument);
     EXPECT_EQ(ParseOptions({L"--printer", L"Office 2"}).printer, L"Office 2");
     EXPECT_TRUE(options.play);
     EXPECT_TRUE(options.help);
@@ -66,6 +80,8 @@ TEST(HostOptionsTest, EachOptionStandsAlone) {
     for (const wchar_t* language : {L"ENG", L"CHN", L"CHF"}) {
         EXPECT_EQ(ParseOptions({L"--language", language}).language, language);
     }
+    EXPECT_EQ(ParseOptions({L"--sheet", L"printer"}).sheet, SheetKind::kPrinter);
+    EXPECT_EQ(ParseOptions({L"--sheet", L"document"}).sheet, SheetKind::kDocument);
 }
 
 TEST(HostOptionsTest, HeadlessPlaysAndTakesPictures) {
@@ -86,8 +102,9 @@ TEST(HostOptionsTest, RefusesUnknownOptions) {
 }
 
 TEST(HostOptionsTest, RefusesMissingValues) {
-    for (const wchar_t* option : {L"--dll", L"--record", L"--language", L"--pictures", L"--watermark",
-                                  L"--trace", L"--jobs", L"--printer"}) {
+    for (const wchar_t* option :
+         {L"--dll", L"--record", L"--language", L"--pictures", L"--watermark", L"--trace", L"--jobs",
+          L"--forms", L"--prints", L"--sheet", L"--download", L"--printer"}) {
         SCOPED_TRACE(ToUtf8(option));
         EXPECT_THAT(UsageErrorOf({option}), HasSubstr(ToUtf8(option)));
         EXPECT_THAT(UsageErrorOf({option, L""}), HasSubstr(ToUtf8(option)));
@@ -103,17 +120,43 @@ TEST(HostOptionsTest, RefusesOtherLanguages) {
     }
 }
 
+TEST(HostOptionsTest, RefusesOtherSheets) {
+    for (const wchar_t* sheet : {L"Printer", L"printers", L"2"}) {
+        SCOPED_TRACE(ToUtf8(sheet));
+        EXPECT_EQ(UsageErrorOf({L"--sheet", sheet}),
+                  "--sheet is document or printer, not \"" + ToUtf8(sheet) + "\"");
+    }
+}
+
 TEST(HostOptionsTest, RefusesFilesOfAPrinterOfTheSystem) {
-    EXPECT_THAT(UsageErrorOf({L"--jobs", L"j", L"--printer", L"p"}),
-                AllOf(HasSubstr("--jobs"), HasSubstr("--printer")));
-    EXPECT_THAT(UsageErrorOf({L"--printer", L"p", L"--jobs", L"j"}), HasSubstr("--jobs"));
+    for (const wchar_t* option : {L"--jobs", L"--forms"}) {
+        const std::string error = ToUtf8(option) + " is for the virtual printer, not for --printer";
+        EXPECT_EQ(UsageErrorOf({option, L"x", L"--printer", L"p"}), error);
+        EXPECT_EQ(UsageErrorOf({L"--printer", L"p", option, L"x"}), error);
+    }
+}
+
+TEST(HostOptionsTest, RefusesWhatThePrinterSheetHasNoUseFor) {
+    for (const wchar_t* option : {L"--record", L"--watermark", L"--prints"}) {
+        const std::string error = ToUtf8(option) + " is for the document sheet";
+        EXPECT_EQ(UsageErrorOf({option, L"x", L"--sheet", L"printer"}), error);
+        EXPECT_EQ(UsageErrorOf({L"--sheet", L"printer", option, L"x"}), error);
+        EXPECT_NO_THROW(ParseOptions({option, L"x", L"--sheet", L"document"}));
+    }
+    EXPECT_EQ(UsageErrorOf({L"--download", L"x"}), "--download is for the printer sheet");
+    const Options options =
+        ParseOptions({L"--sheet", L"printer", L"--headless", L"--jobs", L"j", L"--forms", L"f", L"--trace",
+                      L"t", L"--language", L"CHN", L"--download", L"x"});
+    EXPECT_TRUE(options.play && options.pictures && options.jobs && options.forms);
+    EXPECT_EQ(options.download, std::filesystem::path(L"x"));
 }
 
 TEST(HostOptionsTest, HelpNamesEveryOptionAndExitCode) {
     const std::string help = HelpText();
-    for (const char* option : {"--dll PATH", "--record FILE", "--language ENG|CHN|CHF", "--play ",
-                               "--watermark BMP", "--pictures DIR", "--headless ", "--trace FILE",
-                               "--jobs DIR", "--printer NAME", "--help ", "--version "}) {
+    for (const char* option :
+         {"--dll PATH", "--record FILE", "--language ENG|CHN|CHF", "--play ", "--watermark BMP",
+          "--pictures DIR", "--headless ", "--trace FILE", "--jobs DIR", "--forms FILE", "--prints FILE",
+          "--sheet document|printer ", "--download FILE", "--printer NAME", "--help ", "--version "}) {
         EXPECT_THAT(help, HasSubstr(std::string("\n  ") + option));
     }
     EXPECT_THAT(help, AllOf(HasSubstr("0 done"), HasSubstr("1 failed"), HasSubstr("2 wrong command line"),

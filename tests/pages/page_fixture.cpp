@@ -58,11 +58,11 @@ void PageTest::StopHost() {
         << "the plug-in is still loaded";
 }
 
-SheetResult PageTest::OpenSheet(const std::function<void(UiDriver&, Sheet&)>& script) {
+SheetResult PageTest::OpenSheet(const std::function<void(UiDriver&, Sheet&)>& script, SheetKind kind) {
     PluginHost& host = Host();
     SheetResult result;
     try {
-        RunDriven([&] { result = host.OpenSheet(SheetKind::kDocument); },
+        RunDriven([&] { result = host.OpenSheet(kind); },
                   [&](UiDriver& ui) {
                       rig::JoinOwnDesktop();
                       Sheet sheet = ui.WaitForSheet();

@@ -53,9 +53,10 @@ class PageTest : public testing::Test {
     // Ends the host and unloads the plug-in.
     void StopHost();
 
-    // Opens the printing preferences and lets `script` work them. What the script leaves open is cancelled.
-    // An error of the script fails the test.
-    SheetResult OpenSheet(const std::function<void(UiDriver&, Sheet&)>& script);
+    // Opens the printing preferences, or the other sheet, and lets `script` work it. What the script leaves
+    // open is cancelled. An error of the script fails the test.
+    SheetResult OpenSheet(const std::function<void(UiDriver&, Sheet&)>& script,
+                          SheetKind kind = SheetKind::kDocument);
 
     Bytes Record();
     void SetRecord(const Bytes& bytes);

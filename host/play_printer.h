@@ -1,0 +1,14 @@
+// What --play does in an open printer sheet: a person's visit to every page on which something can be done.
+#pragma once
+
+#include "options.h"
+#include "ui_driver.h"
+
+// Utility: the self test; two paper sizes, one of which is changed and one deleted; a character of the
+// control font's table, where there is a folder for its file. Download: the file of `options`, if there is
+// one. Ends the sheet with OK.
+//
+// With a folder for pictures it leaves there the Utility page with both paper sizes, the changed table, and
+// the Download page with the file. Any forms may be the start. Throws UiError with what a page says when it
+// refuses something.
+void PlayPrinter(const UiDriver& driver, const Sheet& sheet, const Options& options);
