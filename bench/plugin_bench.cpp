@@ -1,7 +1,7 @@
-// What the plug-in costs the program that prints: attaching the DLL, assembling and opening the document
-// sheet, showing and repainting its pages, switching the language, previews, test prints. Beside it, in the
-// same run, what a single profile call costs and what loading every text with one such call a key would; the
-// last column is the ratio to that.
+// What the plug-in costs the program that prints: attaching the DLL, assembling and opening both sheets,
+// showing and repainting their pages, switching the language, previews, test prints, a download. Beside it,
+// in the same run, what a single profile call costs and what loading every text with one such call a key
+// would; the last column is the ratio to that.
 //
 //   plugin_bench PLUGIN_DLL LANGUAGE_FILE BITMAP
 //   plugin_bench PLUGIN_DLL LANGUAGE_FILE          only the list of fonts
@@ -10,12 +10,15 @@
 #include <cstdio>
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "document_pages_bench.h"
+#include "driven_sheet.h"
 #include "measure.h"
 #include "plugin_host.h"
+#include "printer_pages_bench.h"
 #include "ui_driver.h"
 #include "virtual_printer.h"
 
@@ -55,7 +58,19 @@ LONG_PTR APIENTRY IgnorePage(HANDLE, UINT, LPARAM, LPARAM) {
     return 1;
 }
 
-void MeasureAssembly(PluginHost& host) {
+// One kind of sheet, and the plug-in's call for it.
+struct SheetCall {
+    SheetKind kind;
+    const char* name;
+    DWORD mode;
+    HRESULT (STDMETHODCALLTYPE IPrintOemUI::*assemble)(PPROPSHEETUI_INFO info, LPARAM parameter);
+};
+constexpr SheetCall kDocumentSheet = {SheetKind::kDocument, "document sheet", OEMCUIP_DOCPROP,
+                                      &IPrintOemUI::DocumentPropertySheets};
+constexpr SheetCall kPrinterSheet = {SheetKind::kPrinter, "printer sheet", OEMCUIP_PRNPROP,
+                                     &IPrintOemUI::DevicePropertySheets};
+
+void MeasureAssembly(PluginHost& host, const SheetCall& sheet) {
     OEMUIPSPARAM parameter{};
     parameter.cbSize = sizeof parameter;
     parameter.pOEMDM = &host.record();
@@ -64,23 +79,22 @@ void MeasureAssembly(PluginHost& host) {
     info.Version = PROPSHEETUI_INFO_VERSION;
     info.pfnComPropSheet = IgnorePage;
     info.lParamInit = reinterpret_cast<LPARAM>(&parameter);
-    host.CommonUIProp(OEMCUIP_DOCPROP);
-    Report("document sheet assembled by the plug-in (median)",
-           Measure(kRuns, [&] { host.plugin().DocumentPropertySheets(&info, 0); }));
+    host.CommonUIProp(sheet.mode);
+    Report((std::string(sheet.name) + " assembled by the plug-in (median)").c_str(),
+           Measure(kRuns, [&] { (host.plugin().*sheet.assemble)(&info, 0); }));
 }
 
-void MeasureSheet(PluginHost& host) {
+void MeasureSheet(PluginHost& host, const SheetCall& sheet) {
     std::vector<double> opened;
     const HHOOK hook = SetWindowsHookExW(WH_GETMESSAGE, LoopMarkSeen, nullptr, GetCurrentThreadId());
     for (int i = 0; i < kRuns; ++i) {
         PostThreadMessageW(GetCurrentThreadId(), kLoopMark, 0, 0);
         const auto start = Clock::now();
-        RunDriven([&] { host.OpenSheet(SheetKind::kDocument); },
-                  [](UiDriver& ui) { ui.WaitForSheet().PressCancel(); });
+        RunDriven([&] { host.OpenSheet(sheet.kind); }, [](UiDriver& ui) { ui.WaitForSheet().PressCancel(); });
         opened.push_back(Microseconds(gLoopStarted - start).count());
     }
     UnhookWindowsHookEx(hook);
-    Report("document sheet open, call to message loop (median)", Median(opened));
+    Report((std::string(sheet.name) + " open, call to message loop (median)").c_str(), Median(opened));
 }
 
 }  // namespace
@@ -103,13 +117,18 @@ int wmain(int argc, wchar_t** argv) {
         return 0;
     }
     MeasureAttach(argv[1]);
-    const VirtualPrinter printer(std::nullopt, std::filesystem::path(argv[1]).filename());
+    VirtualPrinter printer(std::nullopt, std::filesystem::path(argv[1]).filename());
     HostSettings settings;
     settings.printer = printer.handle();
     PluginHost host(argv[1], std::move(settings));
-    MeasureAssembly(host);
-    MeasureSheet(host);
+    for (const SheetCall& sheet : {kDocumentSheet, kPrinterSheet}) {
+        MeasureAssembly(host, sheet);
+        MeasureSheet(host, sheet);
+    }
     MeasureDocumentPages(host, argv[3]);
-    CountObjects(host);
+    MeasurePrinterPages(host, printer);
+    for (const SheetCall& sheet : {kDocumentSheet, kPrinterSheet}) {
+        CountObjects(host, sheet.kind, sheet.name);
+    }
     return 0;
 }
