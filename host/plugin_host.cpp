@@ -56,7 +56,6 @@ struct PluginHost::SheetRun {
     bool kept = false;
     bool closing = false;
     HostTabContext tabs = {};
-    OEMUIPSPARAM plugin_parameters = {};
 };
 
 PluginHost::PluginHost(const std::filesystem::path& dll, HostSettings settings)
@@ -233,7 +232,8 @@ SheetResult PluginHost::OpenSheet(SheetKind kind, HWND owner) {
     };
     run.tabs.cancelled = [&run] { run.closing = false; };
 
-    OEMUIPSPARAM& parameters = run.plugin_parameters;
+    OEMUIPSPARAM& parameters = sheet_parameters_;
+    parameters = {};
     parameters.cbSize = sizeof parameters;
     parameters.poemuiobj = &ui_object_;
     parameters.hPrinter = settings_.printer;
@@ -273,7 +273,7 @@ LONG PluginHost::SheetFunction(PPROPSHEETUI_INFO info, LPARAM lparam) {
     auto& run = *reinterpret_cast<SheetRun*>(info->lParamInit);
     const auto tell_plugin = [&] {
         PROPSHEETUI_INFO plugin_info = *info;
-        plugin_info.lParamInit = reinterpret_cast<LPARAM>(&run.plugin_parameters);
+        plugin_info.lParamInit = reinterpret_cast<LPARAM>(&run.host.sheet_parameters_);
         PluginSheetFunction(&plugin_info, lparam);
     };
     if (info->Reason > MAX_PROPSHEETUI_REASON_INDEX) {
@@ -288,7 +288,7 @@ LONG PluginHost::SheetFunction(PPROPSHEETUI_INFO info, LPARAM lparam) {
             }
             return info->pfnComPropSheet(info->hComPropSheet, CPSFUNC_ADD_PFNPROPSHEETUIW,
                                          reinterpret_cast<LPARAM>(PluginSheetFunction),
-                                         reinterpret_cast<LPARAM>(&run.plugin_parameters)) > 0
+                                         reinterpret_cast<LPARAM>(&run.host.sheet_parameters_)) > 0
                        ? 1
                        : -1;
         case PROPSHEETUI_REASON_GET_INFO_HEADER: {

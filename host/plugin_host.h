@@ -61,6 +61,8 @@ class PluginHost {
     DEVMODEW& public_devmode() noexcept { return *public_devmode_.As<DEVMODEW>(); }
     // The block that every CommonUIProp call got; the plug-in keeps its address.
     OEMCUIPPARAM& common_ui() noexcept { return common_ui_; }
+    // What the calls for the last sheet got.
+    const OEMUIPSPARAM& sheet_parameters() const noexcept { return sheet_parameters_; }
 
     // The record that sheets edit. Tests may fill it with anything.
     OEMDEV& record() const noexcept { return *record_.As<OEMDEV>(); }
@@ -122,6 +124,7 @@ class PluginHost {
     GuardedBlock public_devmode_;
     OEMUIOBJ ui_object_ = {};
     OEMCUIPPARAM common_ui_ = {};
+    OEMUIPSPARAM sheet_parameters_ = {};
     std::optional<GuardedBlock> plugin_items_;  // what it asked for in printer properties
     HANDLE heap_ = nullptr;
     HMODULE module_ = nullptr;

@@ -13,6 +13,7 @@
 
 #include "plugin/default_record.h"
 #include "program_fixture.h"
+#include "system_printer.h"
 
 namespace {
 
@@ -315,6 +316,7 @@ TEST_F(HostPrintTest, PrintsOnAPrinterOfTheSystem) {
     // The file must be there: its name is looked up.
     rig::WriteBytes(File(L"paper.bin"), Bytes{});
     const FilePrinter printer(L"Receipts 2", File(L"paper.bin"));
+    EXPECT_THAT(ToUtf8(SystemPrinter(L"Receipts 2").PortName()), testing::EndsWith("/paper.bin"));
     const ProgramRun run = Run(L"--play --printer \"Receipts 2\"");
     EXPECT_EQ(run.exit_code, 0u) << run.errors;
     EXPECT_THAT(run.output, StartsWith("Changed in the record:")) << "the virtual printer tells";

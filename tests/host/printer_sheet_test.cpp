@@ -104,6 +104,16 @@ TEST_F(PrinterSheetTest, GivesThePluginPrinterAndNoSettings) {
         EXPECT_EQ(given.cDrvOptItems, 0u);
         EXPECT_NE(given.pOEMOptItems, nullptr);
         EXPECT_EQ(given.cOEMOptItems, 0u);
+        const OEMUIPSPARAM& for_sheet = host.sheet_parameters();
+        EXPECT_EQ(for_sheet.cbSize, 88u);
+        EXPECT_EQ(for_sheet.poemuiobj, given.poemuiobj);
+        EXPECT_EQ(for_sheet.hPrinter, printer.handle());
+        EXPECT_STREQ(for_sheet.pPrinterName, L"KVM-R72");
+        EXPECT_EQ(for_sheet.hModule, host.module());
+        EXPECT_EQ(for_sheet.hOEMHeap, given.hOEMHeap);
+        EXPECT_EQ(for_sheet.pPublicDM, nullptr);
+        EXPECT_EQ(for_sheet.pOEMDM, nullptr);
+        EXPECT_EQ(for_sheet.dwFlags, 0u);
         sheet.PressOk();
     });
     EXPECT_EQ(pages::Differences(before, Record()), "");
@@ -118,6 +128,8 @@ TEST_F(PrinterSheetTest, GivesThePluginPrinterAndNoSettings) {
         EXPECT_EQ(host.common_ui().pPublicDM, &host.public_devmode());
         EXPECT_EQ(host.common_ui().cDrvOptItems, 4u);
         EXPECT_EQ(host.common_ui().pOEMOptItems, nullptr);
+        EXPECT_EQ(host.sheet_parameters().pOEMDM, host.record_bytes().data());
+        EXPECT_EQ(host.sheet_parameters().pPublicDM, &host.public_devmode());
         sheet.PressCancel();
     });
 }
