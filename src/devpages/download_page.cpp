@@ -27,10 +27,6 @@ LRESULT CALLBACK DownloadHelpProc(HWND control, UINT message, WPARAM wParam, LPA
     return HandleHelp(DownloadPageHelp(), control, message, wParam, lParam);
 }
 
-bool IsOpen(HWND dialog) noexcept {
-    return IsWindow(dialog) != FALSE;
-}
-
 void EnableSend(HWND dialog) noexcept {
     EnableItem(dialog, IDC_DOWNLOAD_SEND,
                SendDlgItemMessageW(dialog, IDC_DOWNLOAD_PATH, WM_GETTEXTLENGTH, 0, 0) > 0);
@@ -49,12 +45,12 @@ void PagePainted(HWND dialog) {
 }
 
 void BrowseClicked(HWND dialog) {
+    // A repaint behind the open dialog may load the texts anew.
+    const std::wstring title = DownloadPageTexts()[kDownloadPageOpenTitle];
     std::wstring chosen;
-    if (AskForFile(dialog, DownloadPageTexts()[kDownloadPageOpenTitle],
-                   DownloadFilter(gCurrentLanguageFile).c_str(), chosen) &&
-        IsOpen(dialog)) {
+    if (AskForFile(dialog, title.c_str(), DownloadFilter(gCurrentLanguageFile).c_str(), chosen)) {
+        // The box tells of its new text, as when it is typed.
         SetDlgItemTextW(dialog, IDC_DOWNLOAD_PATH, chosen.c_str());
-        EnableItem(dialog, IDC_DOWNLOAD_SEND, true);
     }
 }
 

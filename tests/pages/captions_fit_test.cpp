@@ -5,13 +5,19 @@
 #include <commctrl.h>
 
 #include <algorithm>
+#include <iterator>
+#include <memory>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "page_fixture.h"
+#include "plugin_pages.h"
 #include "utf8.h"
+#include "virtual_printer.h"
 
 namespace {
 
@@ -26,9 +32,19 @@ constexpr int kHostTabs = 2;
 
 // The DLL's templates, so that a new one is not forgotten here: pages are measured wherever they stand in the
 // sheet, dialogs are opened by the buttons below.
-constexpr int kPageTemplates[] = {128, 131, 103, 117, 118, 105};
+constexpr int kDocumentPages[] = {128, 131, 103, 117, 118, 105};
+constexpr int kPrinterPages[] = {114, 113, 119, 105};
 constexpr int kOperationDialog = 104;
-constexpr int kDialogTemplates[] = {kOperationDialog};
+constexpr int kControlTable = 115;
+constexpr int kControlCommand = 116;
+constexpr int kDialogTemplates[] = {kOperationDialog, kControlTable, kControlCommand};
+
+struct SheetCase {
+    SheetKind kind;
+    std::span<const int> pages;
+};
+constexpr SheetCase kSheets[] = {{SheetKind::kDocument, kDocumentPages},
+                                 {SheetKind::kPrinter, kPrinterPages}};
 
 constexpr int kOperationTab = kHostTabs + 2;
 
@@ -255,6 +271,11 @@ class Inspection {
 
 class CaptionsFitTest : public pages::PageTest {
   protected:
+    void TearDown() override {
+        StopHost();
+        PageTest::TearDown();
+    }
+
     // Starts the plug-in with a language that the user chose.
     void StartIn(const Language& language) {
         StopHost();
@@ -263,7 +284,10 @@ class CaptionsFitTest : public pages::PageTest {
         } else {
             pages::RemoveAllLanguageFiles();
         }
-        StartHost();
+        // Its forms are the paper sizes of a page.
+        HostSettings settings;
+        settings.printer = printer_.handle();
+        StartHost(std::move(settings));
     }
 
     // Opens the Operation dialog, lets `spoil` put something wrong into it, and gives what is found then.
@@ -276,6 +300,9 @@ class CaptionsFitTest : public pages::PageTest {
         });
         return problems;
     }
+
+  private:
+    VirtualPrinter printer_;
 };
 
 std::string PlaceName(const std::string& dialog, const Language& language) {
@@ -285,22 +312,49 @@ std::string PlaceName(const std::string& dialog, const Language& language) {
 TEST_F(CaptionsFitTest, OnEveryPage) {
     for (const Language& language : kLanguages) {
         StartIn(language);
-        OpenSheet([&](UiDriver&, Sheet& sheet) {
-            ASSERT_EQ(sheet.TabCount(), kHostTabs + static_cast<int>(std::size(kPageTemplates)));
-            for (int tab = kHostTabs; tab < sheet.TabCount(); ++tab) {
-                const Window page = sheet.SelectPage(tab);
-                const auto number = static_cast<std::size_t>(tab - kHostTabs);
-                Inspection inspection(PlaceName("page " + std::to_string(kPageTemplates[number]), language),
-                                      page.handle());
-                EXPECT_THAT(inspection.Problems(), IsEmpty());
-                EXPECT_GT(inspection.captions(), 0u) << "nothing was measured";
-            }
-            if (language.file != nullptr) {
+        for (const SheetCase& kind : kSheets) {
+            const auto inspect = [&](UiDriver&, Sheet& sheet) {
+                ASSERT_EQ(sheet.TabCount(), kHostTabs + static_cast<int>(kind.pages.size()));
+                for (int tab = kHostTabs; tab < sheet.TabCount(); ++tab) {
+                    const Window page = sheet.SelectPage(tab);
+                    const int number = kind.pages[static_cast<std::size_t>(tab - kHostTabs)];
+                    Inspection inspection(PlaceName("page " + std::to_string(number), language),
+                                          page.handle());
+                    EXPECT_THAT(inspection.Problems(), IsEmpty());
+                    EXPECT_GT(inspection.captions(), 0u) << "nothing was measured";
+                }
+            };
+            OpenSheet(inspect, kind.kind);
+        }
+        if (language.file != nullptr) {
+            OpenSheet([&](UiDriver&, Sheet& sheet) {
                 EXPECT_EQ(sheet.SelectPage(kOperationTab).Text(kMomentButtons[0]),
                           pages::SourceText(language.file, L"OPERATION", L"RC_STARTDOC"));
-            }
-        });
+            });
+        }
     }
+}
+
+// They are of one language.
+TEST_F(CaptionsFitTest, InTheDialogsOfTheControlFont) {
+    StartIn(kLanguages[0]);
+    OpenSheet(
+        [&](UiDriver& ui, Sheet& sheet) {
+            const Window table = OpenControlFont(ui, sheet.SelectPage(kHostTabs));
+            EXPECT_THAT(Inspection("table", table.handle()).Problems(), IsEmpty());
+            const HWND rows = table.Control(1048);
+            LRESULT columns = 0;
+            for (WPARAM column = 0; column < 3; ++column) {
+                columns += SendMessageW(rows, LVM_GETCOLUMNWIDTH, column, 0);
+            }
+            EXPECT_LE(columns, ClientSize(rows).cx);
+            SelectControlFontRow(table, L'A');
+            const Window command = table.OpenDialog(1016);
+            EXPECT_THAT(Inspection("command", command.handle()).Problems(), IsEmpty());
+            pages::CloseDialog(command, IDCANCEL, table);
+            pages::CloseDialog(table, IDCANCEL, sheet);
+        },
+        SheetKind::kPrinter);
 }
 
 // The barcode pages show another group of controls for each kind of type.
@@ -365,8 +419,10 @@ TEST_F(CaptionsFitTest, NoTemplateIsForgotten) {
         return TRUE;
     };
     ASSERT_TRUE(EnumResourceNamesW(Host().module(), RT_DIALOG, add, reinterpret_cast<LONG_PTR>(&templates)));
-    std::set<int> measured(std::begin(kPageTemplates), std::end(kPageTemplates));
-    measured.insert(std::begin(kDialogTemplates), std::end(kDialogTemplates));
+    std::set<int> measured(std::begin(kDialogTemplates), std::end(kDialogTemplates));
+    for (const SheetCase& kind : kSheets) {
+        measured.insert(kind.pages.begin(), kind.pages.end());
+    }
     EXPECT_EQ(templates, measured);
 }
 

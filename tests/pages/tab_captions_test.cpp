@@ -1,5 +1,6 @@
 // A change of language relabels the tabs of sheets that are open: the document sheet's, and those of printer
-// sheets of the same printer. Here the printer sheets are windows of the test, real dialogs with real tabs.
+// sheets of the same printer. The printer sheets are windows of the test, real dialogs with real tabs, or, at
+// the end, the plug-in's own.
 #include <windows.h>
 
 #include <commctrl.h>
@@ -18,6 +19,7 @@
 #include "rig/test_desktop.h"
 #include "rig/trace_capture.h"
 #include "ui_thread.h"
+#include "virtual_printer.h"
 
 namespace pages {
 namespace {
@@ -531,6 +533,221 @@ TEST_F(TabCaptionsTest, CutsLongTitlesAndFallsBackToEnglish) {
             EXPECT_THAT(TitlesOf(made.second), ElementsAre(L"General", L"Ports", L"abcdefghijklmnopqrs",
                                                            L"Download", L"Font", L"Version"));
         });
+}
+
+// --- The plug-in's own printer sheets
+
+constexpr int kUtilityTab = 2;
+constexpr int kDownloadTab = 3;
+constexpr int kFontTab = 4;
+constexpr int kVersionTab = 5;
+
+constexpr int kDownloadBrowse = 1040;
+constexpr int kDownloadSend = 1036;
+constexpr int kFontNotice = 1150;
+constexpr int kVersionName = 1109;
+constexpr int kSelfTestNote = 1151;
+
+// Reads a page's texts of one language: utility, download, font.
+Texts PageTextsIn(const wchar_t* file) {
+    return {SourceText(file, L"UTILITY", L"RC_STATIC_SELFTEST"),
+            SourceText(file, L"DOWNLOAD", L"RC_BROWSE_FIREWARE"),
+            SourceText(file, L"FONT", L"RC_STATIC_FONT_NOTICE")};
+}
+
+// The pages of a printer sheet, each made by bringing it to the front once.
+struct PrinterPages {
+    explicit PrinterPages(const Sheet& sheet)
+        : utility(sheet.SelectPage(kUtilityTab)),
+          download(sheet.SelectPage(kDownloadTab)),
+          font(sheet.SelectPage(kFontTab)),
+          version(sheet.SelectPage(kVersionTab)) {
+        // The host's page covers them.
+        sheet.SelectPage(0);
+    }
+
+    Texts TextsOf() const {
+        return {utility.Text(kSelfTestNote), download.Text(kDownloadBrowse), font.Text(kFontNotice)};
+    }
+
+    Window utility, download, font, version;
+};
+
+class OpenSheetsTest : public TabCaptionsTest {
+  protected:
+    void TearDown() override {
+        StopHost();
+        printer_.reset();
+        TabCaptionsTest::TearDown();
+    }
+
+    // Opens the printing preferences of the first printer and, above them, the properties of these printers,
+    // by name. What the script leaves open is closed, from the last to the first.
+    void OpenBeside(const Texts& names,
+                    const std::function<void(UiDriver&, Sheet& document, const Window& main,
+                                             std::vector<Sheet>& sheets)>& script) {
+        HostSettings settings;
+        settings.printer = printer_->handle();
+        StartHost(settings);
+        std::vector<std::unique_ptr<PluginHost>> hosts;
+        std::vector<std::function<void()>> openings;
+        for (const std::wstring& name : names) {
+            HostSettings own = settings;
+            own.printer_name = name;
+            own.printer = name == settings.printer_name
+                              ? printer_->handle()
+                              : printer_->NewPrinter({.name = name, .port = L"LPT1:", .driver = L"KVM-R72"});
+            hosts.push_back(std::make_unique<PluginHost>(rig::PluginPath(), own));
+            openings.emplace_back([host = hosts.back().get()] { host->OpenSheet(SheetKind::kPrinter); });
+        }
+        const UiThread ui_thread;
+        OpenSheet([&](UiDriver& ui, Sheet& document) {
+            const Window main = document.SelectPage(kMainTab);
+            std::vector<Sheet> sheets;
+            for (std::size_t i = 0; i < names.size(); ++i) {
+                ui_thread.Start(openings[i]);
+                // Titles repeat: the new sheet is the one that was not there.
+                ui.WaitUntil(
+                    [&] {
+                        const Sheet sheet = ui.WaitForSheet(names[i] + L" Properties");
+                        const auto is_known = [&](const Sheet& known) {
+                            return known.handle() == sheet.handle();
+                        };
+                        if (std::any_of(sheets.begin(), sheets.end(), is_known)) {
+                            return false;
+                        }
+                        sheets.push_back(sheet);
+                        return true;
+                    },
+                    "another sheet");
+            }
+            script(ui, document, main, sheets);
+            for (auto sheet = sheets.rbegin(); sheet != sheets.rend(); ++sheet) {
+                sheet->PressCancel();
+            }
+            document.PressCancel();
+        });
+        for (const auto& host : hosts) {
+            EXPECT_TRUE(host->GuardsIntact());
+        }
+    }
+
+    // As a person does.
+    static void Choose(const Sheet& document, const Window& main, int language) {
+        main.SelectCombo(kLanguageList, language);
+        document.PressApply();
+    }
+
+    std::unique_ptr<VirtualPrinter> printer_ = std::make_unique<VirtualPrinter>();
+};
+
+const Texts kEnglishPrinterTabs = {L"General", L"Ports", L"Utility", L"Download", L"Font", L"Version"};
+
+TEST_F(OpenSheetsTest, RelabelsTheSheetOfItsPrinterAndNotOfAnother) {
+    OpenBeside({L"KVM-R72", L"Kitchen"}, [&](UiDriver&, Sheet& document, const Window& main,
+                                             std::vector<Sheet>& sheets) {
+        const PrinterPages own(sheets[0]);
+        const PrinterPages others(sheets[1]);
+        EXPECT_EQ(sheets[0].TabTitles(), kEnglishPrinterTabs);
+        EXPECT_EQ(sheets[1].TabTitles(), kEnglishPrinterTabs);
+        EXPECT_EQ(own.TextsOf(), PageTextsIn(kEnglish));
+        for (const auto& [language, file] :
+             {std::pair(1, kSimplifiedChinese), std::pair(2, kTraditionalChinese)}) {
+            Choose(document, main, language);
+            EXPECT_EQ(document.TabTitles()[kMainTab], SourceText(file, L"LAYOUT", L"RC_LAYOUTFORM"));
+            EXPECT_EQ(sheets[0].TabTitles(), RelabelledPrinterTabs(file));
+            EXPECT_EQ(sheets[1].TabTitles(), kEnglishPrinterTabs) << "another printer's";
+            // Though none of them can be seen.
+            EXPECT_EQ(own.TextsOf(), PageTextsIn(file));
+            EXPECT_EQ(others.TextsOf(), PageTextsIn(kEnglish));
+        }
+        EXPECT_EQ(own.version.Text(kVersionName), SourceText(kEnglish, L"VERSION", L"RC_STATIC_VER1"))
+            << "as when its sheet was assembled";
+        // Once painted, a page is in the language that the user has chosen, whatever its tab says.
+        sheets[1].SelectPage(kDownloadTab);
+        Repaint(others.download);
+        EXPECT_EQ(others.download.Text(kDownloadBrowse),
+                  SourceText(kTraditionalChinese, L"DOWNLOAD", L"RC_BROWSE_FIREWARE"));
+    });
+}
+
+// Nothing but the sheet itself tells which windows are its pages.
+TEST_F(OpenSheetsTest, RelabelsEachSheetOfItsPrinter) {
+    OpenBeside({L"KVM-R72", L"KVM-R72"},
+               [&](UiDriver&, Sheet& document, const Window& main, std::vector<Sheet>& sheets) {
+                   const PrinterPages first(sheets[0]);
+                   const PrinterPages second(sheets[1]);
+                   Choose(document, main, kTraditional);
+                   for (const Sheet& sheet : sheets) {
+                       EXPECT_EQ(sheet.TabTitles(), RelabelledPrinterTabs(kTraditionalChinese));
+                   }
+                   EXPECT_EQ(first.TextsOf(), PageTextsIn(kTraditionalChinese));
+                   EXPECT_EQ(second.TextsOf(), PageTextsIn(kTraditionalChinese));
+                   sheets[1].PressCancel();
+                   sheets.pop_back();
+                   Choose(document, main, 1);
+                   EXPECT_EQ(sheets[0].TabTitles(), RelabelledPrinterTabs(kSimplifiedChinese));
+                   EXPECT_EQ(first.TextsOf(), PageTextsIn(kSimplifiedChinese));
+               });
+}
+
+TEST_F(OpenSheetsTest, PagesThatWereNotShownComeInTheNewLanguage) {
+    OpenBeside({L"KVM-R72"}, [&](UiDriver&, Sheet& document, const Window& main, std::vector<Sheet>& sheets) {
+        const Window font = sheets[0].SelectPage(kFontTab);
+        sheets[0].SelectPage(0);
+        Choose(document, main, kTraditional);
+        EXPECT_EQ(sheets[0].TabTitles(), RelabelledPrinterTabs(kTraditionalChinese));
+        EXPECT_EQ(font.Text(kFontNotice), SourceText(kTraditionalChinese, L"FONT", L"RC_STATIC_FONT_NOTICE"));
+        EXPECT_EQ(PrinterPages(sheets[0]).TextsOf(), PageTextsIn(kTraditionalChinese));
+    });
+}
+
+// What a page says afterwards is in the new language too.
+TEST_F(OpenSheetsTest, MessagesFollowTheLanguage) {
+    OpenBeside({L"KVM-R72"}, [&](UiDriver&, Sheet& document, const Window& main, std::vector<Sheet>& sheets) {
+        const Window download = sheets[0].SelectPage(kDownloadTab);
+        Choose(document, main, kTraditional);
+        download.TypeText(1039, L"C:\\missing.jk");
+        const MessageBoxInfo box = download.OpenMessageBox(kDownloadSend);
+        EXPECT_EQ(box.title, SourceText(kTraditionalChinese, L"MessageBox", L"MB_ERROR"));
+        EXPECT_EQ(box.text, SourceText(kTraditionalChinese, L"MessageBox", L"MB_DOWNLOAD_ERROR1"));
+        box.Press(IDOK);
+        Settle(download);
+    });
+}
+
+// Each tab, and after it its page, in the order of the tabs.
+TEST_F(OpenSheetsTest, PaintsEachPageAfterItsTab) {
+    struct Sent {
+        HWND window;
+        UINT message;
+        WPARAM wparam;
+        bool operator==(const Sent&) const = default;
+    };
+    std::vector<Sent> sent;
+    rig::ImportHooks hooks;
+    hooks.On("USER32.dll", "SendMessageTimeoutW", &SendMessageTimeoutW,
+             [&](auto original, HWND window, UINT message, WPARAM wparam, LPARAM lparam, UINT flags,
+                 UINT patience, PDWORD_PTR result) -> LRESULT {
+                 sent.push_back({window, message, wparam});
+                 return original(window, message, wparam, lparam, flags, patience, result);
+             });
+    OpenBeside({L"KVM-R72"}, [&](UiDriver&, Sheet& document, const Window& main, std::vector<Sheet>& sheets) {
+        EXPECT_EQ(hooks.Bound("SendMessageTimeoutW"), 1);
+        const auto tabs = reinterpret_cast<HWND>(SendMessageW(sheets[0].handle(), PSM_GETTABCONTROL, 0, 0));
+        const PrinterPages pages(sheets[0]);
+        sent.clear();
+        Choose(document, main, kTraditional);
+        std::erase_if(sent, [&](const Sent& message) {
+            return message.window != tabs && GetParent(message.window) != sheets[0].handle();
+        });
+        EXPECT_THAT(sent, ElementsAre(Sent{tabs, TCM_GETITEMCOUNT, 0}, Sent{tabs, TCM_SETITEMW, 2},
+                                      Sent{pages.utility.handle(), WM_PAINT, 0}, Sent{tabs, TCM_SETITEMW, 3},
+                                      Sent{pages.download.handle(), WM_PAINT, 0}, Sent{tabs, TCM_SETITEMW, 4},
+                                      Sent{pages.font.handle(), WM_PAINT, 0}, Sent{tabs, TCM_SETITEMW, 5},
+                                      Sent{pages.version.handle(), WM_PAINT, 0}));
+    });
+    StopHost();
 }
 
 }  // namespace

@@ -217,17 +217,23 @@ class VersionPageTest : public PageTest {
         return fonts_.size();
     }
 
-    void OpenPage(const std::function<void(UiDriver&, const Window& page)>& script) {
+    void OpenPage(const std::function<void(UiDriver&, const Window& page)>& script,
+                  SheetKind kind = SheetKind::kDocument) {
         // The pointer of the desktop is away from the sheet: what the page is told is the test's.
         SetCursorPos(0, 0);
-        OpenSheet([&](UiDriver& ui, Sheet& sheet) {
-            const Window page = sheet.SelectPage(kVersionTab);
-            link_ = page.Control(kLink);
-            TakeCursors();
-            script(ui, page);
-            link_ = nullptr;
-            sheet.PressCancel();
-        });
+        OpenSheet(
+            [&](UiDriver& ui, Sheet& sheet) {
+                // The last tab of either sheet.
+                const Window page =
+                    sheet.SelectPage(kind == SheetKind::kDocument ? kVersionTab : sheet.TabCount() - 1);
+                link_ = page.Control(kLink);
+                TakeCursors();
+                script(ui, page);
+                EXPECT_FALSE(sheet.IsApplyEnabled());
+                link_ = nullptr;
+                sheet.PressCancel();
+            },
+            kind);
     }
 
     static void Tell(const Window& page, UINT message, POINT point) {
@@ -526,6 +532,42 @@ TEST_F(VersionPageTest, AnswersTheRealPointer) {
     });
 }
 
+// --- On the printer side
+
+// The same page there: the texts of its sheet's assembly, and a link of its own.
+TEST_F(VersionPageTest, IsTheSameInThePrinterSheet) {
+    for (const wchar_t* file : {kEnglish, kSimplifiedChinese, kTraditionalChinese}) {
+        SCOPED_TRACE(testing::PrintToString(std::wstring(file)));
+        ChooseLanguage(file);
+        const Bytes record = Record();
+        OpenPage(
+            [&](UiDriver&, const Window& page) {
+                EXPECT_EQ(TextsOf(page), SourceTexts(file));
+                ChooseLanguage(kEnglish);
+                for (const Caption& caption : kCaptions) {
+                    page.Send(caption.control, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"?"));
+                }
+                Repaint(page);
+                EXPECT_EQ(TextsOf(page), SourceTexts(file)) << "as when the sheet was assembled";
+                const std::wstring link = SourceText(file, L"VERSION", L"RC_STATIC_VER7");
+                const RECT area = LinkArea(page, static_cast<int>(link.size()));
+                EXPECT_FALSE(IsUnderlined(page));
+                Tell(page, WM_MOUSEMOVE, {area.left, area.top});
+                EXPECT_TRUE(IsUnderlined(page));
+                Tell(page, WM_LBUTTONUP, {area.right - 1, area.top});
+                Tell(page, WM_LBUTTONUP, {area.right, area.top});
+                const std::vector<Opened> opened = TakeOpened();
+                ASSERT_EQ(opened.size(), 1u);
+                EXPECT_EQ(opened[0].file, link);
+                Tell(page, WM_MOUSEMOVE, {area.left, area.bottom});
+                EXPECT_FALSE(IsUnderlined(page));
+            },
+            SheetKind::kPrinter);
+        EXPECT_EQ(LiveFonts(), 0u);
+        EXPECT_EQ(Differences(record, Record()), "");
+    }
+}
+
 // --- Fonts
 
 TEST_F(VersionPageTest, KeepsOneFontAtATimeAndNoneAfterwards) {
@@ -647,6 +689,24 @@ TEST_F(VersionProcedureTest, AnswersMessages) {
          std::initializer_list<UINT>{WM_PAINT, WM_MOUSEMOVE, WM_LBUTTONUP, WM_SIZE, WM_SETFONT}) {
         EXPECT_EQ(procedure_(window_, message, 0, 0), FALSE) << message;
     }
+}
+
+// The printer side's page has nothing to report either.
+TEST_F(VersionProcedureTest, AnswersThePrinterSheet) {
+    FakeSheet sheet;
+    ASSERT_EQ(Host().CommonUIProp(OEMCUIP_PRNPROP), S_OK);
+    ASSERT_EQ(Host().plugin().DevicePropertySheets(&sheet.info, 0), S_OK);
+    page_ = sheet.PageOf(kTemplate).page;
+    procedure_ = At<DLGPROC>(page_, 40);
+    EXPECT_EQ(procedure_(window_, WM_INITDIALOG, 0, reinterpret_cast<LPARAM>(page_.data())), FALSE);
+    sheet.calls.clear();
+    for (const UINT code : {PSN_APPLY, PSN_KILLACTIVE, PSN_SETACTIVE}) {
+        SetWindowLongPtrW(window_, DWLP_MSGRESULT, 99);
+        EXPECT_EQ(Notify(code), TRUE) << code;
+        EXPECT_EQ(GetWindowLongPtrW(window_, DWLP_MSGRESULT), 0) << code;
+    }
+    EXPECT_EQ(Notify(static_cast<UINT>(PSN_RESET)), FALSE);
+    EXPECT_THAT(sheet.calls, IsEmpty());
 }
 
 // Made as a sheet makes it, and not painted yet.

@@ -8,6 +8,9 @@
 #include "base/platform.h"
 #include "devmode/devmode_record.h"
 #include "devmode/oemdev.h"
+#include "devpages/download_page.h"
+#include "devpages/font_page.h"
+#include "devpages/version_page.h"
 #include "docpages/barcode_1d_page.h"
 #include "docpages/barcode_2d_page.h"
 #include "docpages/tab_captions.h"
@@ -151,6 +154,31 @@ TEST_F(Severities, DumpsAreVerbose) {
     info.Reason = PROPSHEETUI_REASON_DESTROY;
     EXPECT_EQ(At(1, [&] { object_->DocumentPropertySheets(&info, 0); }).size(), 11u);
     EXPECT_EQ(At(2, [&] { object_->DocumentPropertySheets(&info, 0); }), Lines{});
+}
+
+TEST_F(Severities, APrinterSheetIsVerbose) {
+    PROPSHEETUI_INFO info{};
+    info.Version = 0x0100;
+    info.Reason = PROPSHEETUI_REASON_INIT;
+    EXPECT_EQ(At(1, [&] { object_->DevicePropertySheets(&info, 0); }).size(), 14u);
+    EXPECT_EQ(At(2, [&] { object_->DevicePropertySheets(&info, 0); }), Lines{});
+}
+
+TEST_F(Severities, APageWithoutItsParameterIsAnError) {
+    const HWND dialog = CreateWindowExW(0, L"#32770", L"", WS_OVERLAPPED, 0, 0, 10, 10, nullptr, nullptr,
+                                        GetModuleHandleW(nullptr), nullptr);
+    ASSERT_NE(dialog, nullptr);
+    const struct {
+        DLGPROC procedure;
+        std::wstring name;
+    } pages[] = {{download_page::DevicePropPageProc, L"DevicePropPageProc"},
+                 {SupportedFontPropPageProc, L"SupportedFontPropPageProc"},
+                 {DeviceVersionPropPageProc, L"DeviceVersionPropPageProc"}};
+    for (const auto& [procedure, name] : pages) {
+        ExpectWritten({{kError, L"ERROR UI:  " + name + L" : GetWindowLongPtr Failed (0)\r\n"}},
+                      [procedure = procedure, dialog] { procedure(dialog, WM_COMMAND, 0, 0); });
+    }
+    DestroyWindow(dialog);
 }
 
 // What the search traces goes with the level; the titles of the dialogs it looks at do not.
