@@ -20,8 +20,10 @@
 #include "play.h"
 #include "play_printer.h"
 #include "plugin_host.h"
+#include "plugin_pages.h"
 #include "print_list.h"
 #include "record_fields.h"
+#include "resources/resource.h"
 #include "system_printer.h"
 #include "trace_capture.h"
 #include "ui_driver.h"
@@ -118,6 +120,9 @@ SheetResult OpenSheet(PluginHost& host, const Options& options, VirtualPrinter* 
     const auto prints = options.prints ? ReadPrintList(*options.prints) : std::vector<ListedPrint>();
     const auto script = [&](UiDriver& driver) {
         const Sheet sheet = driver.WaitForSheet();
+        if (options.control_font) {
+            ShowControlFont(SelectPageWith(sheet, IDC_UTILITY_CONTROL_FONT));
+        }
         if (options.pictures) {
             TakePictures(driver, sheet, *options.pictures);
         }
@@ -131,7 +136,7 @@ SheetResult OpenSheet(PluginHost& host, const Options& options, VirtualPrinter* 
     };
     if (options.play || options.prints) {
         RunDriven(open, script, kPlayTime + kPrintTime * prints.size());
-    } else if (options.pictures) {
+    } else if (options.pictures || options.control_font) {
         RunThenHandOver(open, script);
     } else {
         open();

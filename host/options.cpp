@@ -83,6 +83,9 @@ const std::vector<OptionRow>& Rows() {
          "read at start, written after each change; otherwise they go with the\n"
          "program",
          [](Options& options, const std::wstring& value) { options.forms = value; }},
+        {L"--control-font", nullptr,
+         "show what the Utility page hides: the button for the control font's table",
+         [](Options& options, const std::wstring&) { options.control_font = true; }},
         {L"--prints", "FILE",
          "do not wait for a person: make the test prints that FILE lists, a line\n"
          "of a page (1D or 2D), a type and the data for each, divided by tabs",
@@ -115,6 +118,7 @@ void CheckTogether(const Options& options) {
         {"--watermark", options.watermark.has_value(), is_printer_sheet, "the document sheet"},
         {"--prints", options.prints.has_value(), is_printer_sheet, "the document sheet"},
         {"--download", options.download.has_value(), !is_printer_sheet, "the printer sheet"},
+        {"--control-font", options.control_font, !is_printer_sheet, "the printer sheet"},
     };
     for (const auto& rule : kRules) {
         if (rule.is_given && rule.is_useless) {

@@ -30,6 +30,7 @@ struct Options {
     std::optional<std::filesystem::path> forms;
     std::optional<std::wstring> printer;
     std::optional<std::wstring> language;  // ENG, CHN or CHF
+    bool control_font = false;
     bool play = false;
     bool help = false;
     bool version = false;

@@ -57,6 +57,13 @@ std::optional<std::wstring> PressForMessage(const UiDriver& driver, const Sheet&
     return box.text;
 }
 
+void ShowControlFont(const Window& utility_page) {
+    for (HWND control = GetWindow(utility_page.handle(), GW_CHILD); control != nullptr;
+         control = GetWindow(control, GW_HWNDNEXT)) {
+        ShowWindow(control, SW_SHOW);
+    }
+}
+
 Window OpenControlFont(const UiDriver& driver, const Window& utility_page) {
     PostMessageW(utility_page.handle(), WM_COMMAND, MAKEWPARAM(IDC_UTILITY_CONTROL_FONT, BN_CLICKED),
                  reinterpret_cast<LPARAM>(utility_page.Control(IDC_UTILITY_CONTROL_FONT)));

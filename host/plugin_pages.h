@@ -34,6 +34,9 @@ std::wstring PageName(const Window& page, int index);
 std::optional<std::wstring> PressForMessage(const UiDriver& driver, const Sheet& sheet, const Window& page,
                                             int button);
 
+// Shows a person what the Utility page hides: the control font's button, and what it says of it.
+void ShowControlFont(const Window& utility_page);
+
 // Opens the control font's table from the Utility page. The page hears of its hidden button as of one that a
 // person presses.
 Window OpenControlFont(const UiDriver& driver, const Window& utility_page);

@@ -2,6 +2,7 @@
 // says when a page refuses.
 #include <windows.h>
 
+#include <commctrl.h>
 #include <winspool.h>
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "play_printer.h"
+#include "plugin_pages.h"
 #include "program_fixture.h"
 #include "rig/test_desktop.h"
 #include "virtual_printer.h"
@@ -226,6 +228,32 @@ TEST_F(PlayPrinterTest, TellsWhenTheTableCannotBeWritten) {
     VirtualPrinter printer;
     EXPECT_EQ(ErrorOfPlaying(printer),
               "the control font is refused: Please check if user has administrator privileges!");
+}
+
+// The page hides its button, the program shows it to a person.
+TEST_F(PlayPrinterTest, ShowsTheWayToTheControlFont) {
+    constexpr int kButton = 1045;
+    constexpr int kTableRows = 1048;
+    const VirtualPrinter printer;
+    HostSettings settings;
+    settings.printer = printer.handle();
+    PluginHost& host = StartHost(std::move(settings));
+    RunDriven([&] { host.OpenSheet(SheetKind::kPrinter); },
+              [&](UiDriver& ui) {
+                  rig::JoinOwnDesktop();
+                  const Sheet sheet = ui.WaitForSheet();
+                  const Window page = SelectPageWith(sheet, kButton);
+                  EXPECT_FALSE(page.IsVisible(kButton));
+                  ShowControlFont(page);
+                  for (HWND control = GetWindow(page.handle(), GW_CHILD); control != nullptr;
+                       control = GetWindow(control, GW_HWNDNEXT)) {
+                      EXPECT_TRUE(IsWindowVisible(control)) << GetDlgCtrlID(control);
+                  }
+                  const Window table = page.OpenDialog(kButton);
+                  EXPECT_EQ(table.Send(kTableRows, LVM_GETITEMCOUNT), 96);
+                  table.PressAndWaitClosed(IDCANCEL);
+                  sheet.PressCancel();
+              });
 }
 
 }  // namespace

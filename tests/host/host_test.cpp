@@ -38,7 +38,7 @@ TEST(HostOptionsTest, NothingIsChosenWithoutOptions) {
     EXPECT_FALSE(options.dll || options.record || options.pictures || options.watermark || options.trace ||
                  options.language || options.jobs || options.forms || options.prints || options.download ||
                  options.printer);
-    EXPECT_FALSE(options.play || options.help || options.version);
+    EXPECT_FALSE(options.control_font || options.play || options.help || options.version);
 }
 
 TEST(HostOptionsTest, TakesEveryOption) {
@@ -82,6 +82,7 @@ TEST(HostOptionsTest, EachOptionStandsAlone) {
     }
     EXPECT_EQ(ParseOptions({L"--sheet", L"printer"}).sheet, SheetKind::kPrinter);
     EXPECT_EQ(ParseOptions({L"--sheet", L"document"}).sheet, SheetKind::kDocument);
+    EXPECT_TRUE(ParseOptions({L"--sheet", L"printer", L"--control-font"}).control_font);
 }
 
 TEST(HostOptionsTest, HeadlessPlaysAndTakesPictures) {
@@ -144,6 +145,7 @@ TEST(HostOptionsTest, RefusesWhatThePrinterSheetHasNoUseFor) {
         EXPECT_NO_THROW(ParseOptions({option, L"x", L"--sheet", L"document"}));
     }
     EXPECT_EQ(UsageErrorOf({L"--download", L"x"}), "--download is for the printer sheet");
+    EXPECT_EQ(UsageErrorOf({L"--control-font"}), "--control-font is for the printer sheet");
     const Options options =
         ParseOptions({L"--sheet", L"printer", L"--headless", L"--jobs", L"j", L"--forms", L"f", L"--trace",
                       L"t", L"--language", L"CHN", L"--download", L"x"});
@@ -156,7 +158,8 @@ TEST(HostOptionsTest, HelpNamesEveryOptionAndExitCode) {
     for (const char* option :
          {"--dll PATH", "--record FILE", "--language ENG|CHN|CHF", "--play ", "--watermark BMP",
           "--pictures DIR", "--headless ", "--trace FILE", "--jobs DIR", "--forms FILE", "--prints FILE",
-          "--sheet document|printer ", "--download FILE", "--printer NAME", "--help ", "--version "}) {
+          "--sheet document|printer ", "--download FILE", "--control-font ", "--printer NAME", "--help ",
+          "--version "}) {
         EXPECT_THAT(help, HasSubstr(std::string("\n  ") + option));
     }
     EXPECT_THAT(help, AllOf(HasSubstr("0 done"), HasSubstr("1 failed"), HasSubstr("2 wrong command line"),
