@@ -4,6 +4,9 @@
 
 #include <cstddef>
 #include <span>
+#include <string_view>
+
+#include "intrface/win/spooler_text.h"
 
 namespace {
 
@@ -18,16 +21,17 @@ wchar_t* Input(const std::wstring& text) noexcept {
     return const_cast<wchar_t*>(text.c_str());
 }
 
-// A count that the list has no room for is not believed.
-std::span<const FORM_INFO_1W> FormsIn(const FORM_INFO_1W* list, std::size_t size, DWORD count) noexcept {
-    return {list, count <= size / sizeof *list ? count : 0};
-}
-
-std::vector<PaperForm> Copied(std::span<const FORM_INFO_1W> list) {
+// The first `count` of the list, which takes up `size` bytes; a count that it has no room for is not
+// believed.
+std::vector<PaperForm> FormsIn(std::span<const FORM_INFO_1W> list, std::size_t size, DWORD count) {
     std::vector<PaperForm> forms;
-    forms.reserve(list.size());
-    for (const FORM_INFO_1W& form : list) {
-        forms.push_back({form.pName != nullptr ? form.pName : L"", form.Size.cx, form.Size.cy});
+    if (count > size / sizeof(FORM_INFO_1W)) {
+        return forms;
+    }
+    forms.reserve(count);
+    for (const FORM_INFO_1W& form : list.first(count)) {
+        const std::wstring_view name = TextIn(list.data(), list.size_bytes(), form.pName);
+        forms.push_back({std::wstring(name), form.Size.cx, form.Size.cy});
     }
     return forms;
 }
@@ -50,7 +54,7 @@ bool ReadForms(HANDLE printer, std::vector<PaperForm>& forms) {
     DWORD size = 0;
     DWORD count = 0;
     if (EnumFormsW(printer, kLevel, reinterpret_cast<BYTE*>(&none), sizeof none, &size, &count)) {
-        forms = Copied(FormsIn(&none, sizeof none, count));
+        forms = FormsIn({&none, 1}, sizeof none, count);
         return true;
     }
     if (size <= sizeof none || size > kLargestList) {
@@ -64,7 +68,7 @@ bool ReadForms(HANDLE printer, std::vector<PaperForm>& forms) {
     if (!EnumFormsW(printer, kLevel, reinterpret_cast<BYTE*>(list.data()), size, &needed, &count)) {
         return false;
     }
-    forms = Copied(FormsIn(list.data(), size, count));
+    forms = FormsIn(list, size, count);
     return true;
 }
 

@@ -2,8 +2,7 @@
 
 #include <winspool.h>
 
-#include <algorithm>
-#include <cstdint>
+#include "intrface/win/spooler_text.h"
 
 namespace {
 
@@ -11,17 +10,6 @@ constexpr DWORD kLevel = 2;
 
 // Far more than any printer's description has.
 constexpr DWORD kLargestDescription = 16 * 1024 * 1024;
-
-// Whether a text lies in the block, its terminator included.
-bool Lies(const wchar_t* text, const void* block, DWORD size) noexcept {
-    const auto first = reinterpret_cast<std::uintptr_t>(block);
-    const auto address = reinterpret_cast<std::uintptr_t>(text);
-    if (address < first || address >= first + size || address % alignof(wchar_t) != 0) {
-        return false;
-    }
-    const std::size_t room = (first + size - address) / sizeof(wchar_t);
-    return std::find(text, text + room, L'\0') != text + room;
-}
 
 }  // namespace
 
@@ -35,8 +23,7 @@ PrinterPort::PrinterPort(HANDLE printer) noexcept {
     auto* const description = static_cast<PRINTER_INFO_2W*>(description_.Get());
     DWORD needed = 0;
     if (description != nullptr &&
-        GetPrinterW(printer, kLevel, static_cast<BYTE*>(description_.Get()), size, &needed) &&
-        Lies(description->pPortName, description, size)) {
-        name_ = description->pPortName;
+        GetPrinterW(printer, kLevel, static_cast<BYTE*>(description_.Get()), size, &needed)) {
+        name_ = TextIn(description, size, description->pPortName).data();
     }
 }

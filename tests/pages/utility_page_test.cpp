@@ -21,9 +21,9 @@
 #include <vector>
 
 #include "help_reader.h"
+#include "lone_printer_page.h"
 #include "printer_fixture.h"
 #include "real_input.h"
-#include "sheet_window.h"
 #include "utf8.h"
 
 namespace pages {
@@ -1560,162 +1560,32 @@ TEST_F(UtilityPageTest, HundredOpeningsLeaveNothingBehind) {
 
 // --- Each call of the procedure
 
-// A page of its own, with a sheet and a host of its own, so that two can be open at once.
-class LoneUtilityPage {
-  public:
-    struct Call {
-        HANDLE sheet;
-        UINT function;
-        LPARAM first;
-        LPARAM second;
-        bool operator==(const Call&) const = default;
-    };
-
-    // With the page's description as the plug-in gave it to the host.
-    LoneUtilityPage(const Bytes& description, HANDLE printer) {
-        sheet.Create();
-        std::memcpy(&page_, description.data(), std::min(description.size(), sizeof page_));
-        common_.cbSize = sizeof common_;
-        common_.hPrinter = printer;
-        context_ = {this, kLastPage, &Keep, &common_, nullptr};
-        page_.lParam = reinterpret_cast<LPARAM>(&context_);
-    }
-    LoneUtilityPage(const LoneUtilityPage&) = delete;
-    LoneUtilityPage& operator=(const LoneUtilityPage&) = delete;
-    ~LoneUtilityPage() { Unmake(); }
-
-    void Make() {
-        handle_ = CreateDialogParamW(page_.hInstance, page_.pszTemplate, sheet.handle, page_.pfnDlgProc,
-                                     reinterpret_cast<LPARAM>(&page_));
-        EXPECT_NE(handle_, nullptr);
-        ShowWindow(handle_, SW_SHOWNA);
-        EnableWindow(handle_, TRUE);
-        sheet.messages.clear();
-    }
-    void Unmake() {
-        if (IsWindow(handle_)) {
-            DestroyWindow(handle_);
-        }
-    }
-
-    // The page's template without its procedure, in the same sheet.
-    HWND MakeTemplate() const {
-        return CreateDialogParamW(
-            page_.hInstance, page_.pszTemplate, sheet.handle,
-            [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0);
-    }
-
-    INT_PTR Ask(HWND window, UINT message, WPARAM wparam = 0, LPARAM lparam = 0) const {
-        return page_.pfnDlgProc(window, message, wparam, lparam);
-    }
-    INT_PTR Notify(UINT code) const {
-        PSHNOTIFY notification = {};
-        notification.hdr.hwndFrom = sheet.handle;
-        notification.hdr.code = code;
-        SetWindowLongPtrW(handle_, DWLP_MSGRESULT, 0x77);
-        return Ask(handle_, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&notification));
-    }
-    LONG_PTR NotifyResult() const { return GetWindowLongPtrW(handle_, DWLP_MSGRESULT); }
-    INT_PTR Use(int control, int notification = BN_CLICKED) const {
-        return Ask(handle_, WM_COMMAND, MAKEWPARAM(control, notification),
-                   reinterpret_cast<LPARAM>(GetDlgItem(handle_, control)));
-    }
-
-    HWND handle() const { return handle_; }
-    Window Page() const { return {driver_, handle_}; }
-    LPARAM Description() const { return reinterpret_cast<LPARAM>(&page_); }
-
-    void LoseCallback() { context_.callback = nullptr; }
-    void LoseCommonParameters() { context_.common = nullptr; }
-
-    static inline const HANDLE kLastPage = reinterpret_cast<HANDLE>(std::uintptr_t{0x5678});
-
-    SheetWindow sheet;
-    std::vector<Call> calls;
-
-  private:
-    // As the printer side's pages find it at their creation parameter.
-    struct Context {
-        void* sheet;
-        void* last_page;
-        PFNCOMPROPSHEET callback;
-        OEMCUIPPARAM* common;
-        void* helper;
-    };
-
-    static LONG_PTR CALLBACK Keep(HANDLE sheet, UINT function, LPARAM first, LPARAM second) {
-        static_cast<LoneUtilityPage*>(sheet)->calls.push_back({sheet, function, first, second});
-        return 1;
-    }
-
-    UiDriver driver_{GetCurrentThreadId()};
-    PROPSHEETPAGEW page_ = {};
-    OEMCUIPPARAM common_ = {};
-    Context context_ = {};
-    HWND handle_ = nullptr;
-};
-
 TEST_F(UtilityPageTest, ReportsToSheetAndHost) {
-    LoneUtilityPage lone(Description(), printer().handle());
+    LonePrinterPage lone(Description(), printer().handle());
     lone.Make();
     TakeCalls();
-    const SheetWindow::Message unchanged = {PSM_UNCHANGED, reinterpret_cast<WPARAM>(lone.handle())};
-    EXPECT_EQ(lone.Notify(static_cast<UINT>(PSN_APPLY)), TRUE);
-    EXPECT_EQ(lone.NotifyResult(), PSNRET_NOERROR);
-    // Set the result, of the sheet's last page, to OK.
-    EXPECT_THAT(lone.calls, ElementsAre(LoneUtilityPage::Call{
-                                &lone, CPSFUNC_SET_RESULT,
-                                reinterpret_cast<LPARAM>(LoneUtilityPage::kLastPage), CPSUI_OK}));
-    EXPECT_THAT(lone.sheet.messages, ElementsAre(unchanged));
-    for (const UINT code : {PSN_SETACTIVE, PSN_KILLACTIVE}) {
-        EXPECT_EQ(lone.Notify(code), TRUE);
-        EXPECT_EQ(lone.NotifyResult(), 0);
-    }
-    for (const UINT code : {PSN_RESET, PSN_HELP, PSN_QUERYCANCEL, UINT{5}, UDN_DELTAPOS}) {
-        EXPECT_EQ(lone.Notify(code), FALSE);
-        EXPECT_EQ(lone.NotifyResult(), 0x77);
-    }
-    EXPECT_EQ(lone.Ask(lone.handle(), WM_NOTIFY), FALSE);
-    EXPECT_EQ(lone.calls.size(), 1u);
-    EXPECT_THAT(lone.sheet.messages, ElementsAre(unchanged));
-    lone.LoseCallback();
-    EXPECT_EQ(lone.Notify(static_cast<UINT>(PSN_APPLY)), TRUE);
-    EXPECT_EQ(lone.NotifyResult(), PSNRET_NOERROR);
+    lone.ExpectAnswersToTheSheet();
     EXPECT_THAT(TakeCalls(), IsEmpty());
 }
 
-// Before the page has its parameter, when it is told of none, and after it is gone.
 TEST_F(UtilityPageTest, IgnoresMessagesWithoutItsParameter) {
-    LoneUtilityPage lone(Description(), printer().handle());
+    LonePrinterPage lone(Description(), printer().handle());
+    lone.Make();
     const HWND window = lone.MakeTemplate();
     ASSERT_NE(window, nullptr);
-    const std::wstring line = L"ERROR UI:  DevicePropPageProc : GetWindowLongPtr Failed ";
-    const std::wstring missing = line + L"(0)\r\n";
-    rig::TraceCapture trace;
-    const auto expect_ignored = [&](const std::wstring& traced) {
-        for (UINT message = 0; message < 0x10000; message += message < 0x800 ? 1 : 0x1F) {
-            EXPECT_EQ(lone.Ask(window, message), FALSE) << message;
-            EXPECT_EQ(trace.TakeOwn(), message == WM_INITDIALOG ? rig::Lines() : rig::Lines{traced})
-                << message;
-        }
-    };
-    expect_ignored(missing);
-    PROPSHEETPAGEW without = {};
-    EXPECT_EQ(lone.Ask(window, WM_INITDIALOG, 0, reinterpret_cast<LPARAM>(&without)), FALSE);
+    TakeCalls();
     for (const int control : {kSelfTest, kSave, kDelete, kControlFont}) {
         EXPECT_EQ(lone.Ask(window, WM_COMMAND, MAKEWPARAM(control, BN_CLICKED), 0), FALSE);
-        EXPECT_THAT(trace.TakeOwn(), ElementsAre(missing));
     }
     DestroyWindow(window);
-    trace.TakeOwn();
-    expect_ignored(line + L"(1400)\r\n");
     EXPECT_THAT(TakeCalls(), IsEmpty());
+    LonePrinterPage(Description(), printer().handle()).ExpectNothingWithoutParameter(L"DevicePropPageProc");
     EXPECT_THAT(boxes_, IsEmpty());
 }
 
 // Every message, and controls that it has, and some that it has not, that tell of anything.
 TEST_F(UtilityPageTest, TakesAnyMessage) {
-    LoneUtilityPage lone(Description(), printer().handle());
+    LonePrinterPage lone(Description(), printer().handle());
     lone.Make();
     lone.Page().SelectList(kPapers, 2);
     const State state = StateOf(lone.Page());
@@ -1749,7 +1619,7 @@ TEST_F(UtilityPageTest, TakesAnyMessage) {
 }
 
 TEST_F(UtilityPageTest, ASecondInitialisationAddsNothing) {
-    LoneUtilityPage lone(Description(), printer().handle());
+    LonePrinterPage lone(Description(), printer().handle());
     lone.Make();
     lone.Page().SelectList(kPapers, 1);
     const State state = StateOf(lone.Page());
@@ -1762,7 +1632,7 @@ TEST_F(UtilityPageTest, ASecondInitialisationAddsNothing) {
 
 // With the server's answer to the first one missing, the second one is as good as the first.
 TEST_F(UtilityPageTest, ASecondInitialisationMakesUpForTheFirst) {
-    LoneUtilityPage lone(Description(), printer().handle());
+    LonePrinterPage lone(Description(), printer().handle());
     printer().FailCall(1, ERROR_ACCESS_DENIED);
     lone.Make();
     ExpectAsInTemplate(lone.Page());
@@ -1773,7 +1643,7 @@ TEST_F(UtilityPageTest, ASecondInitialisationMakesUpForTheFirst) {
 
 // A host without common parameters has no printer either.
 TEST_F(UtilityPageTest, OpensWithoutCommonParameters) {
-    LoneUtilityPage lone(Description(), printer().handle());
+    LonePrinterPage lone(Description(), printer().handle());
     lone.LoseCommonParameters();
     lone.Make();
     EXPECT_EQ(TakeCalls(), Lines{"EnumFormsW(null, 1, buffer of 40 bytes) -> FALSE, error 6"});
@@ -1792,7 +1662,7 @@ TEST_F(UtilityPageTest, OpensWithoutCommonParameters) {
 
 TEST_F(UtilityPageTest, MayGoWhileItsMessageIsOpen) {
     for (const wchar_t* name : {L"New", L"R72"}) {
-        LoneUtilityPage lone(Description(), printer().handle());
+        LonePrinterPage lone(Description(), printer().handle());
         lone.Make();
         PutText(lone.Page(), kName, name);
         printer().AllowFormChanges(false);
@@ -1815,7 +1685,7 @@ TEST_F(UtilityPageTest, MayGoWhileTheServerAnswers) {
         for (int at = 1; at <= 7; ++at) {
             SCOPED_TRACE(std::to_string(control) + " " + std::to_string(at));
             printer().SetForms(kUsual);
-            LoneUtilityPage lone(description, printer().handle());
+            LonePrinterPage lone(description, printer().handle());
             lone.Make();
             lone.Page().SelectList(kPapers, 1);
             int calls = 0;
@@ -1831,7 +1701,7 @@ TEST_F(UtilityPageTest, MayGoWhileTheServerAnswers) {
     }
     // And while it opens.
     for (int at = 1; at <= 4; ++at) {
-        LoneUtilityPage lone(description, printer().handle());
+        LonePrinterPage lone(description, printer().handle());
         const HWND window = lone.MakeTemplate();
         int calls = 0;
         printer().before_call = [&](const char*) {
@@ -1849,8 +1719,8 @@ TEST_F(UtilityPageTest, MayGoWhileTheServerAnswers) {
 TEST_F(UtilityPageTest, TwoSheetsKeepToTheirOwnPrinters) {
     const Bytes description = Description();
     const HANDLE other = printer().NewPrinter({.name = L"Other"});
-    LoneUtilityPage first(description, printer().handle());
-    LoneUtilityPage second(description, other);
+    LonePrinterPage first(description, printer().handle());
+    LonePrinterPage second(description, other);
     first.Make();
     TakeCalls();
     second.Make();

@@ -47,8 +47,8 @@ struct Server {
     // In place of what is true.
     std::optional<DWORD> needed;
     std::optional<DWORD> count;
-    bool names_are_null = false;
-    bool names_end_the_list = false;  // the last one has no terminator
+    std::optional<const wchar_t*> names;  // where they are said to lie; otherwise behind the structures
+    bool names_end_the_list = false;      // the last one has no terminator
 };
 Server server;
 
@@ -89,7 +89,7 @@ void Fill(BYTE* buffer, DWORD size) {
         const ServerForm& form = server.forms[i];
         FORM_INFO_1W info = {};
         info.Flags = FORM_BUILTIN;
-        info.pName = server.names_are_null ? nullptr : reinterpret_cast<wchar_t*>(name);
+        info.pName = server.names ? const_cast<wchar_t*>(*server.names) : reinterpret_cast<wchar_t*>(name);
         info.Size = {form.width, form.height};
         std::memcpy(buffer + i * kFormSize, &info, sizeof info);
         const std::size_t wanted = (form.name.size() + 1) * sizeof(wchar_t);
@@ -317,11 +317,25 @@ TEST_F(PrinterFormsTest, FewerFormsThanTheListHas) {
 
 TEST_F(PrinterFormsTest, FormsWithoutAName) {
     server.forms = {{L"A4", 210000, 297000}};
-    server.names_are_null = true;
+    server.names = nullptr;
     std::vector<PaperForm> forms;
     EXPECT_TRUE(ReadForms(kPrinter, forms));
     server.forms[0].name.clear();
     ExpectForms(forms);
+}
+
+TEST_F(PrinterFormsTest, NamesThatLieElsewhere) {
+    static const wchar_t kElsewhere[] = L"Custom Paper-elsewhere";
+    const auto wild = [](std::uintptr_t address) { return reinterpret_cast<const wchar_t*>(address); };
+    for (const wchar_t* name : {kElsewhere, wild(1), wild(0x10000), wild(~std::uintptr_t{1})}) {
+        server = {};
+        server.forms = {{L"A4", 210000, 297000}};
+        server.names = name;
+        std::vector<PaperForm> forms;
+        EXPECT_TRUE(ReadForms(kPrinter, forms));
+        server.forms[0].name.clear();
+        ExpectForms(forms);
+    }
 }
 
 TEST_F(PrinterFormsTest, ANameThatDoesNotEnd) {
