@@ -35,12 +35,16 @@ std::span<const DevicePageEntry> DevicePages() noexcept {
     return kPages;
 }
 
-void TrackPage(HWND dialog, UINT message, DevicePage page) noexcept {
-    if (message == WM_INITDIALOG) {
-        SetPropW(dialog, kPageProperty, MarkOf(page));
-    } else if (message == WM_NCDESTROY) {
-        RemovePropW(dialog, kPageProperty);
+bool MarkPage(HWND dialog, DevicePage page) noexcept {
+    if (GetPropW(dialog, kPageProperty) != nullptr) {
+        return false;
     }
+    SetPropW(dialog, kPageProperty, MarkOf(page));
+    return true;
+}
+
+void UnmarkPage(HWND dialog) noexcept {
+    RemovePropW(dialog, kPageProperty);
 }
 
 HWND FindPage(HWND sheet, DevicePage page) noexcept {

@@ -22,8 +22,10 @@ struct DevicePageEntry {
 
 std::span<const DevicePageEntry> DevicePages() noexcept;
 
-// Every page calls it for each message: the window is known as that page while it lives.
-void TrackPage(HWND dialog, UINT message, DevicePage page) noexcept;
+// Makes a window known as a page while it lives: each page calls both, the first when it is initialised, the
+// second with its last message. FALSE when it is one already, and has nothing to initialise.
+bool MarkPage(HWND dialog, DevicePage page) noexcept;
+void UnmarkPage(HWND dialog) noexcept;
 
 // The window of a page in a sheet; null while the page was not shown.
 HWND FindPage(HWND sheet, DevicePage page) noexcept;

@@ -15,7 +15,6 @@
 #include "intrface/win/sheet_context.h"
 #include "language/language_setup.h"
 #include "language/messages.h"
-#include "language/text_lookup.h"
 #include "printer/raw_job.h"
 
 namespace {
@@ -34,28 +33,31 @@ void EnableSend(HWND dialog) noexcept {
 
 void PageOpened(HWND dialog) {
     DownloadPageTexts().ApplyTo(dialog);
+    // What is not read must not be typed: a path that is cut may be another file's.
+    SendDlgItemMessageW(dialog, IDC_DOWNLOAD_PATH, EM_LIMITTEXT, kReadPathLength, 0);
     AttachHelp(dialog, DownloadPageHelp(), DownloadHelpProc);
-}
-
-void PagePainted(HWND dialog) {
-    RefreshLanguageFile();
-    DownloadPageTexts().LoadIfChanged();
-    DownloadPageHelp().LoadIfChanged();
-    DownloadPageTexts().ApplyTo(dialog);
 }
 
 void BrowseClicked(HWND dialog) {
     // A repaint behind the open dialog may load the texts anew.
     const std::wstring title = DownloadPageTexts()[kDownloadPageOpenTitle];
     std::wstring chosen;
-    if (AskForFile(dialog, title.c_str(), DownloadFilter(gCurrentLanguageFile).c_str(), chosen)) {
-        // The box tells of its new text, as when it is typed.
-        SetDlgItemTextW(dialog, IDC_DOWNLOAD_PATH, chosen.c_str());
+    if (!AskForFile(dialog, title.c_str(), DownloadFilter(gCurrentLanguageFile).c_str(), chosen)) {
+        return;
     }
+    if (chosen.size() > kReadPathLength) {
+        ShowMessage(dialog, Message::kPathTooLong, MessageTitle::kError, MessageIcon::kNone);
+        return;
+    }
+    // The box tells of its new text, as when it is typed.
+    SetDlgItemTextW(dialog, IDC_DOWNLOAD_PATH, chosen.c_str());
 }
 
 Message MessageOf(FileReadResult result) noexcept {
     switch (result) {
+        case FileReadResult::kRead:
+        case FileReadResult::kCannotOpen:
+            break;
         case FileReadResult::kNoSize:
             return Message::kFileSize;
         case FileReadResult::kNoMemory:
@@ -64,9 +66,8 @@ Message MessageOf(FileReadResult result) noexcept {
             return Message::kFileStart;
         case FileReadResult::kNotRead:
             return Message::kFileRead;
-        default:
-            return Message::kFileOpen;
     }
+    return Message::kFileOpen;
 }
 
 void SendClicked(HWND dialog, HANDLE printer) {
@@ -107,7 +108,6 @@ INT_PTR ControlUsed(HWND dialog, const DeviceSheetContext& context, int control,
 }
 
 INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    TrackPage(dialog, message, DevicePage::kDownload);
     const auto* context = PageContext<DeviceSheetContext>(
         dialog, message, lParam, L"ERROR UI:  DevicePropPageProc : GetWindowLongPtr Failed (%d)\r\n");
     if (context == nullptr) {
@@ -115,15 +115,20 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     }
     switch (message) {
         case WM_INITDIALOG:
-            PageOpened(dialog);
+            if (MarkPage(dialog, DevicePage::kDownload)) {
+                PageOpened(dialog);
+            }
             return FALSE;
         case WM_PAINT:
-            PagePainted(dialog);
+            ReloadTexts(dialog, DownloadPageTexts(), DownloadPageHelp());
             return FALSE;
         case WM_COMMAND:
             return ControlUsed(dialog, *context, LOWORD(wParam), HIWORD(wParam));
         case WM_NOTIFY:
             return AnswerSheet(dialog, lParam, [&] { ReportDeviceApplied(dialog, *context); });
+        case WM_NCDESTROY:
+            UnmarkPage(dialog);
+            return FALSE;
         default:
             return FALSE;
     }

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "intrface/win/handles.h"
+#include "language/language_choice.h"
 
 namespace {
 
@@ -44,10 +45,10 @@ FileReadResult ReadWhole(const wchar_t* path, std::vector<std::uint8_t>& bytes) 
 }  // namespace
 
 std::wstring DownloadFilter(std::wstring_view languageFile) {
-    if (languageFile == L"CHN_KVMR72.res") {
+    if (languageFile == kSimplifiedChineseFile) {
         return std::wstring(kSimplifiedFilter);
     }
-    if (languageFile == L"CHF_KVMR72.res") {
+    if (languageFile == kTraditionalChineseFile) {
         return std::wstring(kTraditionalFilter);
     }
     return std::wstring(kEnglishFilter);

@@ -16,7 +16,6 @@
 #include "intrface/win/module.h"
 #include "intrface/win/page.h"
 #include "intrface/win/sheet_context.h"
-#include "language/text_lookup.h"
 
 namespace {
 
@@ -132,10 +131,6 @@ void FillList(HWND list) noexcept {
     }
 }
 
-bool IsFilled(HWND dialog) noexcept {
-    return SendTree(dialog, TVM_GETCOUNT, 0, 0) > 0;
-}
-
 void PageOpened(HWND dialog) {
     FontPageTexts().ApplyTo(dialog);
     ReplaceImages(dialog, LoadImages());
@@ -159,14 +154,11 @@ void ShowTreeTitle(HWND dialog) noexcept {
 }
 
 void PagePainted(HWND dialog) {
-    RefreshLanguageFile();
-    FontPageTexts().LoadIfChanged();
-    FontPageTexts().ApplyTo(dialog);
+    ReloadTexts(dialog, FontPageTexts());
     ShowTreeTitle(dialog);
 }
 
 INT_PTR HandleMessage(HWND dialog, UINT message, LPARAM lParam) {
-    TrackPage(dialog, message, DevicePage::kFont);
     const auto* context = PageContext<DeviceSheetContext>(
         dialog, message, lParam, L"ERROR UI:  SupportedFontPropPageProc : GetWindowLongPtr Failed (%d)\r\n");
     if (context == nullptr) {
@@ -174,7 +166,7 @@ INT_PTR HandleMessage(HWND dialog, UINT message, LPARAM lParam) {
     }
     switch (message) {
         case WM_INITDIALOG:
-            if (!IsFilled(dialog)) {
+            if (MarkPage(dialog, DevicePage::kFont)) {
                 PageOpened(dialog);
             }
             return FALSE;
@@ -186,6 +178,9 @@ INT_PTR HandleMessage(HWND dialog, UINT message, LPARAM lParam) {
             return FALSE;
         case WM_NOTIFY:
             return AnswerSheet(dialog, lParam, [&] { ReportDeviceApplied(dialog, *context); });
+        case WM_NCDESTROY:
+            UnmarkPage(dialog);
+            return FALSE;
         default:
             return FALSE;
     }

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "intrface/win/spooler_text.h"
+#include "printer/spooler_input.h"
 
 namespace {
 
@@ -15,11 +16,6 @@ constexpr DWORD kUserForm = 0;
 
 // Far more than any server has: 10 000 forms with names of 300 characters take a tenth.
 constexpr DWORD kLargestList = 64 * 1024 * 1024;
-
-// The spooler's functions take their input without const.
-wchar_t* Input(const std::wstring& text) noexcept {
-    return const_cast<wchar_t*>(text.c_str());
-}
 
 // The first `count` of the list, which takes up `size` bytes; a count that it has no room for is not
 // believed.
@@ -40,7 +36,7 @@ FORM_INFO_1W FormOf(const std::wstring& formName, PaperSize size) noexcept {
     const FormGeometry geometry = GeometryOf(size);
     FORM_INFO_1W form{};
     form.Flags = kUserForm;
-    form.pName = Input(formName);
+    form.pName = SpoolerInput(formName.c_str());
     form.Size = {geometry.width, geometry.height};
     form.ImageableArea = {geometry.left, geometry.top, geometry.right, geometry.bottom};
     return form;
@@ -79,9 +75,9 @@ bool AddPaper(HANDLE printer, const std::wstring& formName, PaperSize size) noex
 
 bool RewritePaper(HANDLE printer, const std::wstring& formName, PaperSize size) noexcept {
     FORM_INFO_1W form = FormOf(formName, size);
-    return SetFormW(printer, Input(formName), kLevel, reinterpret_cast<BYTE*>(&form)) != FALSE;
+    return SetFormW(printer, SpoolerInput(formName.c_str()), kLevel, reinterpret_cast<BYTE*>(&form)) != FALSE;
 }
 
 bool DeletePaper(HANDLE printer, const std::wstring& formName) noexcept {
-    return DeleteFormW(printer, Input(formName)) != FALSE;
+    return DeleteFormW(printer, SpoolerInput(formName.c_str())) != FALSE;
 }

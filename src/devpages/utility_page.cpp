@@ -20,7 +20,6 @@
 #include "intrface/win/property_sheet.h"
 #include "intrface/win/sheet_context.h"
 #include "language/messages.h"
-#include "language/text_lookup.h"
 #include "printer/printer_commands.h"
 #include "printer/raw_job.h"
 
@@ -73,6 +72,7 @@ std::wstring TypedName(HWND dialog) {
 void EnableDelete(HWND dialog) {
     const auto name = SelectedName(dialog);
     const bool canDelete = CanDelete(name ? std::optional<StringView16>(*name) : std::nullopt);
+    // A greyed button would keep the keyboard to itself.
     if (!canDelete && GetFocus() == GetDlgItem(dialog, IDC_UTILITY_DELETE)) {
         SetFocus(GetDlgItem(dialog, IDC_UTILITY_PAPERS));
     }
@@ -84,10 +84,10 @@ void ShowSize(HWND dialog, PaperSize size) noexcept {
     SetDlgItemInt(dialog, IDC_UTILITY_HEIGHT, static_cast<UINT>(size.height), TRUE);
 }
 
+// The box tells of its text, also of the same one, and Delete is switched then.
 void ShowSelectedName(HWND dialog) {
     const std::wstring name = SelectedName(dialog).value_or(std::wstring());
     SetDlgItemTextW(dialog, IDC_UTILITY_FORM_NAME, std::wstring(ShownName(name)).c_str());
-    EnableDelete(dialog);
 }
 
 void ShowSelectedSize(HWND dialog, HANDLE printer) {
@@ -173,13 +173,6 @@ void PageOpened(HWND dialog, HANDLE printer) {
     }
 }
 
-void PagePainted(HWND dialog) {
-    RefreshLanguageFile();
-    UtilityPageTexts().LoadIfChanged();
-    UtilityPageHelp().LoadIfChanged();
-    UtilityPageTexts().ApplyTo(dialog);
-}
-
 void SelfTestClicked(HANDLE printer) {
     SendRawJob(printer, kSelfTestJob, SelfTestCommand());
 }
@@ -218,26 +211,24 @@ void SaveClicked(HWND dialog, HANDLE printer) {
     }
 }
 
+void PaperSelected(HWND dialog, HANDLE printer) {
+    ShowSelectedName(dialog);
+    ShowSelectedSize(dialog, printer);
+}
+
 // The entry goes whether or not the server lets the form go.
 void DeleteClicked(HWND dialog, HANDLE printer) {
     const auto index = SelectedPaper(dialog);
-    const auto name = SelectedName(dialog);
-    if (!index || !name) {
+    if (!index) {
         return;
     }
-    DeletePaper(printer, *name);
+    DeletePaper(printer, SelectedName(dialog).value_or(std::wstring()));
     SendList(dialog, LB_DELETESTRING, *index);
     const auto left = static_cast<std::size_t>(SendList(dialog, LB_GETCOUNT));
     if (const auto selection = SelectionAfterDelete(*index, left)) {
         SendList(dialog, LB_SETCURSEL, *selection);
     }
-    ShowSelectedName(dialog);
-    ShowSelectedSize(dialog, printer);
-}
-
-void PaperSelected(HWND dialog, HANDLE printer) {
-    ShowSelectedName(dialog);
-    ShowSelectedSize(dialog, printer);
+    PaperSelected(dialog, printer);
 }
 
 INT_PTR ControlUsed(HWND dialog, const DeviceSheetContext& context, int control, int notification) {
@@ -278,7 +269,6 @@ INT_PTR ControlUsed(HWND dialog, const DeviceSheetContext& context, int control,
 }
 
 INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    TrackPage(dialog, message, DevicePage::kUtility);
     const auto* context = PageContext<DeviceSheetContext>(
         dialog, message, lParam, L"ERROR UI:  DevicePropPageProc : GetWindowLongPtr Failed (%d)\r\n");
     if (context == nullptr) {
@@ -286,17 +276,20 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     }
     switch (message) {
         case WM_INITDIALOG:
-            if (SendList(dialog, LB_GETCOUNT) == 0) {
+            if (MarkPage(dialog, DevicePage::kUtility)) {
                 PageOpened(dialog, context->Printer());
             }
             return FALSE;
         case WM_PAINT:
-            PagePainted(dialog);
+            ReloadTexts(dialog, UtilityPageTexts(), UtilityPageHelp());
             return FALSE;
         case WM_COMMAND:
             return ControlUsed(dialog, *context, LOWORD(wParam), HIWORD(wParam));
         case WM_NOTIFY:
             return AnswerSheet(dialog, lParam, [&] { ReportDeviceApplied(dialog, *context); });
+        case WM_NCDESTROY:
+            UnmarkPage(dialog);
+            return FALSE;
         default:
             return FALSE;
     }

@@ -109,8 +109,8 @@ void PagePainted(HWND dialog) {
 }
 
 INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    TrackPage(dialog, message, DevicePage::kVersion);
     if (message == WM_NCDESTROY) {
+        UnmarkPage(dialog);
         RemovePropW(dialog, kUnderlinedProperty);
         // Its control is gone already.
         const Font font(static_cast<HFONT>(RemovePropW(dialog, kFontProperty)));
@@ -123,6 +123,8 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     }
     switch (message) {
         case WM_INITDIALOG:
+            // Also on the document sheet, where nobody looks for it.
+            MarkPage(dialog, DevicePage::kVersion);
             VersionPageTexts().ApplyTo(dialog);
             return FALSE;
         case WM_PAINT:

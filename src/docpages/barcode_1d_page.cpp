@@ -12,7 +12,6 @@
 #include "intrface/win/page.h"
 #include "intrface/win/property_sheet.h"
 #include "language/messages.h"
-#include "language/text_lookup.h"
 #include "printer/barcode_commands.h"
 #include "printer/barcode_height.h"
 #include "printer/raw_job.h"
@@ -111,8 +110,7 @@ BarcodeFont1D& SelectedFont(HWND dialog, OEMDEV& record) noexcept {
     return record.Barcode1D[index < std::size(record.Barcode1D) ? index : 0];
 }
 
-void ApplyTexts(HWND dialog) {
-    Barcode1DPageTexts().ApplyTo(dialog);
+void ApplyLists(HWND dialog) {
     Barcode1DPageTexts().ApplyToList(GetDlgItem(dialog, IDC_BARCODE1D_HRI_POSITION), kHriPositionList);
     Barcode1DPageTexts().ApplyToList(GetDlgItem(dialog, IDC_BARCODE1D_GS1_HRI), kGs1HriList1D);
     Barcode1DPageTexts().ApplyToList(GetDlgItem(dialog, IDC_BARCODE1D_GS1_EXPANDED), kGs1ExpandedList1D);
@@ -161,7 +159,8 @@ void ShowFont(HWND dialog, const BarcodeFont1D& font) {
 }
 
 void PageOpened(HWND dialog, OEMDEV* record) {
-    ApplyTexts(dialog);
+    Barcode1DPageTexts().ApplyTo(dialog);
+    ApplyLists(dialog);
     for (std::size_t i = 0; i < std::size(OEMDEV{}.Barcode1D); ++i) {
         AddItem(dialog, IDC_BARCODE1D_FONT, (kFontName + std::to_wstring(i + 1)).c_str());
     }
@@ -190,10 +189,8 @@ void PageOpened(HWND dialog, OEMDEV* record) {
 }
 
 void PagePainted(HWND dialog) {
-    RefreshLanguageFile();
-    Barcode1DPageTexts().LoadIfChanged();
-    Barcode1DPageHelp().LoadIfChanged();
-    ApplyTexts(dialog);
+    ReloadTexts(dialog, Barcode1DPageTexts(), Barcode1DPageHelp());
+    ApplyLists(dialog);
 }
 
 void HeightChanged(HWND dialog, BarcodeFont1D& font) {

@@ -12,7 +12,6 @@
 #include "intrface/win/page.h"
 #include "intrface/win/property_sheet.h"
 #include "language/messages.h"
-#include "language/text_lookup.h"
 #include "printer/barcode_commands.h"
 #include "printer/raw_job.h"
 
@@ -136,8 +135,7 @@ std::uint32_t NumberShown(const BarcodeFont2D& font, Number2D number) noexcept {
     return InRange(ReadNumber(font, number), BoxOf(number).range);
 }
 
-void ApplyTexts(HWND dialog) {
-    Barcode2DPageTexts().ApplyTo(dialog);
+void ApplyLists(HWND dialog) {
     Barcode2DPageTexts().ApplyToList(GetDlgItem(dialog, IDC_BARCODE2D_PDF_ECC), kPdfEccList);
     Barcode2DPageTexts().ApplyToList(GetDlgItem(dialog, IDC_BARCODE2D_GS1_HRI), kGs1HriList2D);
     Barcode2DPageTexts().ApplyToList(GetDlgItem(dialog, IDC_BARCODE2D_GS1_EXPANDED), kGs1ExpandedList2D);
@@ -196,7 +194,8 @@ void AddItems(HWND dialog, int list, std::span<const wchar_t* const> texts) noex
 }
 
 void PageOpened(HWND dialog, OEMDEV* record) {
-    ApplyTexts(dialog);
+    Barcode2DPageTexts().ApplyTo(dialog);
+    ApplyLists(dialog);
     for (std::size_t i = 0; i < std::size(OEMDEV{}.Barcode2D); ++i) {
         AddItem(dialog, IDC_BARCODE2D_FONT, (kFontName + std::to_wstring(i + 1)).c_str());
     }
@@ -225,10 +224,8 @@ void PageOpened(HWND dialog, OEMDEV* record) {
 }
 
 void PagePainted(HWND dialog) {
-    RefreshLanguageFile();
-    Barcode2DPageTexts().LoadIfChanged();
-    Barcode2DPageHelp().LoadIfChanged();
-    ApplyTexts(dialog);
+    ReloadTexts(dialog, Barcode2DPageTexts(), Barcode2DPageHelp());
+    ApplyLists(dialog);
 }
 
 void TypeChosen(HWND dialog, BarcodeFont2D& font) noexcept {

@@ -9,7 +9,6 @@
 #include "intrface/win/page.h"
 #include "intrface/win/property_sheet.h"
 #include "intrface/win/sheet_context.h"
-#include "language/text_lookup.h"
 
 namespace {
 
@@ -25,12 +24,6 @@ constexpr MomentButton kMomentButtons[] = {
     {IDC_OPERATION_PAGE_PAGE_END, Moment::kPageEnd, L"UI:  End of page buttion is clicked\r\n"},
     {IDC_OPERATION_PAGE_DOC_END, Moment::kDocEnd, L"UI:  End of document buttion is clicked\r\n"},
 };
-
-void PagePainted(HWND dialog) {
-    RefreshLanguageFile();
-    OperationPageTexts().LoadIfChanged();
-    OperationPageTexts().ApplyTo(dialog);
-}
 
 void MomentChosen(HWND dialog, const DocumentSheetContext& context, const MomentButton& button) {
     TRACE_VERBOSE(button.traceLine);
@@ -69,7 +62,7 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
             OperationPageTexts().ApplyTo(dialog);
             return FALSE;
         case WM_PAINT:
-            PagePainted(dialog);
+            ReloadTexts(dialog, OperationPageTexts());
             return FALSE;
         case WM_COMMAND:
             return HIWORD(wParam) == BN_CLICKED ? ButtonClicked(dialog, *context, LOWORD(wParam)) : FALSE;

@@ -27,7 +27,6 @@
 #include "intrface/win/property_sheet.h"
 #include "intrface/win/sheet_context.h"
 #include "language/messages.h"
-#include "language/text_lookup.h"
 
 namespace {
 
@@ -184,8 +183,7 @@ void ListFonts(HWND dialog, const OEMDEV& record) {
     }
 }
 
-void ApplyTexts(HWND dialog) {
-    WaterMarkPageTexts().ApplyTo(dialog);
+void ApplyLists(HWND dialog) {
     WaterMarkPageTexts().ApplyToList(GetDlgItem(dialog, IDC_WATERMARK_STYLE), kFontStyleList);
     WaterMarkPageTexts().ApplyToList(GetDlgItem(dialog, IDC_WATERMARK_POSITION), kPositionList);
 }
@@ -211,7 +209,8 @@ void ShowRecord(HWND dialog, const OEMDEV& record) {
 
 void PageOpened(HWND dialog, const OEMDEV* record) {
     TRACE_VERBOSE(L"UI:  Initialize Water Mark callback function\r\n");
-    ApplyTexts(dialog);
+    WaterMarkPageTexts().ApplyTo(dialog);
+    ApplyLists(dialog);
     for (const int radio : {IDC_WATERMARK_USE_NONE, IDC_WATERMARK_USE_IMAGE, IDC_WATERMARK_USE_TEXT}) {
         SetClickedByUserOnly(dialog, radio);
     }
@@ -285,10 +284,8 @@ std::optional<PictureFault> DrawPreview(HWND dialog, HDC frame, const OEMDEV& re
 }
 
 void PagePainted(HWND dialog, const OEMDEV* record) {
-    RefreshLanguageFile();
-    WaterMarkPageTexts().LoadIfChanged();
-    WaterMarkPageHelp().LoadIfChanged();
-    ApplyTexts(dialog);
+    ReloadTexts(dialog, WaterMarkPageTexts(), WaterMarkPageHelp());
+    ApplyLists(dialog);
     PAINTSTRUCT paint{};
     BeginPaint(dialog, &paint);
     EndPaint(dialog, &paint);

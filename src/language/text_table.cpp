@@ -57,6 +57,17 @@ void TextTable::ApplyToList(HWND combo, const ListTexts& list) const {
     SendMessageW(combo, CB_SETCURSEL, static_cast<WPARAM>(selected), 0);
 }
 
+void ReloadTexts(HWND dialog, TextTable& captions, TextTable& help) {
+    ReloadTexts(dialog, captions);
+    help.LoadIfChanged();
+}
+
+void ReloadTexts(HWND dialog, TextTable& captions) {
+    RefreshLanguageFile();
+    captions.LoadIfChanged();
+    captions.ApplyTo(dialog);
+}
+
 void SetTextIfChanged(HWND window, const wchar_t* text) {
     wchar_t shown[kMessageText] = {};
     GetWindowTextW(window, shown, kMessageText);

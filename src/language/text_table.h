@@ -43,5 +43,10 @@ class TextTable {
     std::uint32_t generation_ = 0;
 };
 
+// What every page does when it is painted: takes the texts of the language as it is now, and labels the
+// dialog's controls. May throw bad_alloc.
+void ReloadTexts(HWND dialog, TextTable& captions, TextTable& help);
+void ReloadTexts(HWND dialog, TextTable& captions);
+
 // Sets a window's text unless it shows that text already, which would repaint it for nothing.
 void SetTextIfChanged(HWND window, const wchar_t* text);

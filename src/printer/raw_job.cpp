@@ -2,15 +2,11 @@
 
 #include <winspool.h>
 
+#include "printer/spooler_input.h"
+
 namespace {
 
 using Pieces = std::span<const std::vector<std::uint8_t>>;
-
-// The spooler's functions take their input without const.
-template <typename T>
-T* Input(const T* input) noexcept {
-    return const_cast<T*>(input);
-}
 
 bool WritePieces(HANDLE printer, Pieces pieces, std::uint64_t& written) noexcept {
     for (const std::vector<std::uint8_t>& piece : pieces) {
@@ -18,7 +14,7 @@ bool WritePieces(HANDLE printer, Pieces pieces, std::uint64_t& written) noexcept
         const std::uint8_t nothing = 0;
         const std::uint8_t* bytes = piece.empty() ? &nothing : piece.data();
         DWORD count = 0;
-        if (!WritePrinter(printer, Input(bytes), static_cast<DWORD>(piece.size()), &count)) {
+        if (!WritePrinter(printer, SpoolerInput(bytes), static_cast<DWORD>(piece.size()), &count)) {
             return false;
         }
         written += count;
@@ -37,8 +33,8 @@ bool SendPage(HANDLE printer, Pieces pieces, std::uint64_t& written) noexcept {
 
 bool SendDocument(HANDLE printer, const wchar_t* name, Pieces pieces, std::uint64_t& written) noexcept {
     DOC_INFO_1W document{};
-    document.pDocName = Input(name);
-    document.pDatatype = Input(L"RAW");
+    document.pDocName = SpoolerInput(name);
+    document.pDatatype = SpoolerInput(L"RAW");
     if (StartDocPrinterW(printer, 1, reinterpret_cast<BYTE*>(&document)) == 0) {
         return false;
     }

@@ -33,7 +33,7 @@ std::vector<Form> UserForms(const FormList& list) {
     return {list.forms().begin() + kBuiltIn, list.forms().end()};
 }
 
-// --- What is taken
+// What is taken
 
 TEST(FormListTest, StartsWithTheBuiltInForms) {
     const struct {
@@ -196,7 +196,7 @@ TEST(FormListTest, TakesAnyListFromATest) {
     EXPECT_EQ(list.forms(), forms);
 }
 
-// --- The buffer that lists them
+// The buffer that lists them
 
 // Two forms whose names take 2 and 4 units with their ends.
 std::vector<Form> TwoForms() {
@@ -263,7 +263,7 @@ TEST(FormBufferTest, NeedsNothingForNoForms) {
     EXPECT_EQ(needed, 0u);
 }
 
-// --- The file
+// The file
 
 class FormFileTest : public testing::Test {
   protected:

@@ -200,7 +200,7 @@ TEST_F(HostPrintTest, FailsWithAFolderThatCannotBeMade) {
     EXPECT_FALSE(std::filesystem::exists(File(L"record.bin")));
 }
 
-// --- Lists of test prints
+// Lists of test prints
 
 TEST_F(HostPrintTest, PrintsAList) {
     const std::string list =
@@ -254,7 +254,7 @@ TEST_F(HostPrintTest, FailsWithAListThatIsWrong) {
     EXPECT_THAT(run.errors, AllOf(StartsWith("KVMR72Host: there is no file"), HasSubstr("missing.tsv")));
 }
 
-// --- Printers of the system
+// Printers of the system
 
 TEST_F(HostPrintTest, FailsWithAPrinterThatThereIsNot) {
     const ProgramRun run = Run(L"--play --record record.bin --printer \"No such printer\"");

@@ -171,7 +171,7 @@ TEST_F(HostPrinterTest, ToldOfAPrinterOfTheSystemThatThereIsNot) {
     EXPECT_EQ(run.errors, "KVMR72Host: cannot open the printer \"No such printer\": error 1801\r\n");
 }
 
-// --- Pages that refuse
+// Pages that refuse
 
 class PlayPrinterTest : public HostPrinterTest {
   protected:

@@ -65,7 +65,7 @@ TEST_F(HostProgramTest, LeavesARefusedRecordFileAlone) {
     }
 }
 
-// --- What is played
+// What is played
 
 // A picture file of the program, 24 bits to the pixel, rows from the bottom.
 class Picture {

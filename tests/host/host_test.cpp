@@ -20,7 +20,7 @@ namespace {
 using testing::AllOf;
 using testing::HasSubstr;
 
-// --- Command line
+// Command line
 
 std::string UsageErrorOf(const std::vector<std::wstring>& arguments) {
     try {
@@ -167,7 +167,7 @@ TEST(HostOptionsTest, HelpNamesEveryOptionAndExitCode) {
     EXPECT_EQ(help.back(), '\n');
 }
 
-// --- Fields of the record
+// Fields of the record
 
 const RecordField& FieldAt(std::size_t offset) {
     const auto& fields = RecordFields();
@@ -325,7 +325,7 @@ TEST_F(RecordFieldsTest, ChangesComeInOrderWithBothValues) {
     EXPECT_EQ(changes[2].name, "bZoom");
 }
 
-// --- Stored records
+// Stored records
 
 // A stored record of that many bytes, its size field saying so: the pattern's bytes and, beyond a record,
 // more of the same.
@@ -414,7 +414,7 @@ TEST_F(HostRecordTest, ConvertsRecordsOfOtherSizes) {
     }
 }
 
-// --- What a sheet's end keeps
+// What a sheet's end keeps
 
 class HostSheetTest : public pages::PageTest {
   protected:

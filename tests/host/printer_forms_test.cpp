@@ -103,7 +103,7 @@ class PrinterFormsTest : public testing::Test {
     DWORD count_ = 0;
 };
 
-// --- What it tells of a printer
+// What it tells of a printer
 
 // A structure of 136 bytes; ten texts with their ends.
 constexpr DWORD kDescription = 136 + 2 * (8 + 1 + 7 + 8 + 1 + 1 + 1 + 9 + 4 + 1);
@@ -180,7 +180,7 @@ TEST_F(PrinterFormsTest, TellsAtOneLevelOnly) {
     EXPECT_EQ(room.front().pPrinterName, nullptr);
 }
 
-// --- Lists of forms
+// Lists of forms
 
 TEST_F(PrinterFormsTest, ListsTheForms) {
     Open();
@@ -231,7 +231,7 @@ TEST_F(PrinterFormsTest, ListsAtOneLevelOnly) {
     EXPECT_EQ(count_, 0u);
 }
 
-// --- Changes
+// Changes
 
 TEST_F(PrinterFormsTest, KeepsFormsAndEveryCall) {
     Open();
@@ -324,7 +324,7 @@ TEST_F(PrinterFormsTest, RefusesHandlesThatAreNotItsOwn) {
     EXPECT_EQ(LastLine(), "DeleteFormW(printer, \"Receipt\") -> FALSE, error 6");
 }
 
-// --- Failures on demand
+// Failures on demand
 
 TEST_F(PrinterFormsTest, ChangesNeedTheRight) {
     Open();
@@ -398,7 +398,7 @@ TEST_F(PrinterFormsTest, LetsOthersChangeTheFormsBetweenCalls) {
     EXPECT_EQ(called, (Lines{"EnumFormsW", "EnumFormsW", "EnumFormsW", "StartDocPrinterW", "ClosePrinter"}));
 }
 
-// --- Whoever looks on
+// Whoever looks on
 
 TEST_F(PrinterFormsTest, TellsOfEachChange) {
     Open();
@@ -422,7 +422,7 @@ TEST_F(PrinterFormsTest, TellsOfEachChange) {
                     }));
 }
 
-// --- Forms that last
+// Forms that last
 
 TEST_F(PrinterFormsTest, KeepsFormsInAFile) {
     const std::filesystem::path file = std::filesystem::temp_directory_path() / L"kvmr72 kept forms.txt";
@@ -456,7 +456,7 @@ TEST_F(PrinterFormsTest, KeepsFormsInAFile) {
     std::filesystem::remove(file);
 }
 
-// --- Several printers of a server
+// Several printers of a server
 
 TEST_F(PrinterFormsTest, HasFurtherPrinters) {
     Open();

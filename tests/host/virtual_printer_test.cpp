@@ -134,7 +134,7 @@ class VirtualPrinterTest : public testing::Test {
     DWORD written_ = 0;
 };
 
-// --- A job that goes well
+// A job that goes well
 
 TEST_F(VirtualPrinterTest, KeepsAJobAndEveryCall) {
     Open();
@@ -227,7 +227,7 @@ TEST_F(VirtualPrinterTest, ALongWriteIsKeptWholeAndShownInPart) {
               "WritePrinter(printer, 100000 bytes:" + shown[1] + " ...) -> TRUE, 100000 written");
 }
 
-// --- Calls that the spooler refuses
+// Calls that the spooler refuses
 
 TEST_F(VirtualPrinterTest, RefusesCallsInAWrongOrder) {
     Open();
@@ -340,7 +340,7 @@ TEST_F(VirtualPrinterTest, RefusesOtherLevelsAndNullPointers) {
                                }));
 }
 
-// --- Jobs that do not end
+// Jobs that do not end
 
 TEST_F(VirtualPrinterTest, AbortGivesTheJobUp) {
     Open();
@@ -377,7 +377,7 @@ TEST_F(VirtualPrinterTest, AClosedHandleIsGone) {
               }));
 }
 
-// --- Failures on demand
+// Failures on demand
 
 TEST_F(VirtualPrinterTest, FailsTheCallThatATestNames) {
     const std::function<Given()> kCalls[] = {[this] { return Start(); },    [this] { return StartPage(); },
@@ -437,7 +437,7 @@ TEST_F(VirtualPrinterTest, CountsFromTheMomentOfThePlan) {
     EXPECT_EQ(EndPage(), Failed(ERROR_INVALID_PRINTER_STATE));
 }
 
-// --- Files
+// Files
 
 TEST_F(VirtualPrinterTest, LeavesJobsAndLogInTheFolder) {
     folder_ /= L"made";  // with its parent
@@ -569,7 +569,7 @@ TEST_F(VirtualPrinterTest, LabelsOneJob) {
     EXPECT_EQ(printer_->Jobs().at(1).label, L"");
 }
 
-// --- Whoever looks on
+// Whoever looks on
 
 TEST_F(VirtualPrinterTest, TellsOfEachJob) {
     Open();
@@ -595,7 +595,7 @@ TEST_F(VirtualPrinterTest, IsTheOnlyOne) {
     EXPECT_EQ(Start(), (Given{1, kUntouched}));
 }
 
-// --- Behind the plug-in
+// Behind the plug-in
 
 class PluginPrinterTest : public pages::PageTest {
   protected:

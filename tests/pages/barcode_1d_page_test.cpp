@@ -308,7 +308,7 @@ class Barcode1DPageTest : public LoneBarcodeTest {
     }
 };
 
-// --- Texts
+// Texts
 
 TEST_F(Barcode1DPageTest, ShowsItsTextsInEveryLanguage) {
     for (const wchar_t* file : {kEnglish, kSimplifiedChinese, kTraditionalChinese}) {
@@ -384,7 +384,7 @@ TEST_F(Barcode1DPageTest, SeventeenControlsHaveHelp) {
     });
 }
 
-// --- Places
+// Places
 
 TEST_F(Barcode1DPageTest, PutsTheDataBarGroupOntoTheGeneralOne) {
     OpenPage(RecordOfCases(), [&](UiDriver&, Sheet&, const Window& page) {
@@ -487,7 +487,7 @@ TEST_F(Barcode1DPageTest, TabGoesThroughWhatShows) {
     });
 }
 
-// --- What a record shows
+// What a record shows
 
 TEST_F(Barcode1DPageTest, ShowsEachFontAndStoresNothing) {
     const Bytes record = RecordOfCases();
@@ -588,7 +588,7 @@ TEST_F(Barcode1DPageTest, ShowsAnyFontAndStoresNothing) {
     EXPECT_EQ(Differences(record, Record()), "");
 }
 
-// --- What the controls store
+// What the controls store
 
 TEST_F(Barcode1DPageTest, StoresEachType) {
     Bytes record = RecordOfCases();
@@ -992,7 +992,7 @@ TEST_F(Barcode1DPageTest, StoresTheDataBarLists) {
     EXPECT_EQ(Differences(record, Record()), "");
 }
 
-// --- Data to print
+// Data to print
 
 TEST_F(Barcode1DPageTest, PrintsOnlyWhatIsThere) {
     OpenPage(RecordOfType(4), [&](UiDriver&, Sheet& sheet, const Window& page) {
@@ -1228,7 +1228,7 @@ TEST_F(Barcode1DPageTest, TracesATestPrint) {
     });
 }
 
-// --- Each call of the procedure
+// Each call of the procedure
 
 TEST_F(Barcode1DPageTest, ReportsToSheetAndHost) {
     LonePage lone(Description(), RecordOfType(0));

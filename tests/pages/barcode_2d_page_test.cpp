@@ -349,7 +349,7 @@ class Barcode2DPageTest : public LoneBarcodeTest {
     UINT ansi_ = 1252;
 };
 
-// --- Texts
+// Texts
 
 TEST_F(Barcode2DPageTest, ShowsItsTextsInEveryLanguage) {
     for (const wchar_t* file : {kEnglish, kSimplifiedChinese, kTraditionalChinese}) {
@@ -423,7 +423,7 @@ TEST_F(Barcode2DPageTest, TwentyTwoControlsHaveHelp) {
     });
 }
 
-// --- Places
+// Places
 
 TEST_F(Barcode2DPageTest, PutsTheGroupsOntoTheDataBarOne) {
     OpenPage(RecordOfCases(), [&](UiDriver&, Sheet&, const Window& page) {
@@ -512,7 +512,7 @@ TEST_F(Barcode2DPageTest, TabGoesThroughWhatShows) {
     });
 }
 
-// --- What a record shows
+// What a record shows
 
 TEST_F(Barcode2DPageTest, ShowsEachFontAndStoresNothing) {
     const Bytes record = RecordOfCases();
@@ -590,7 +590,7 @@ TEST_F(Barcode2DPageTest, ShowsAnyFontAndStoresNothing) {
     EXPECT_EQ(Differences(least, Record()), "");
 }
 
-// --- What the controls store
+// What the controls store
 
 TEST_F(Barcode2DPageTest, StoresEachChoice) {
     Bytes record = RecordOfCases();
@@ -947,7 +947,7 @@ TEST_F(Barcode2DPageTest, EachTypeKeepsTheKind) {
     });
 }
 
-// --- Printing
+// Printing
 
 TEST_F(Barcode2DPageTest, PrintsOnlyWhatIsThere) {
     OpenPage(RecordOfType(1), [&](UiDriver&, Sheet& sheet, const Window& page) {
@@ -1179,7 +1179,7 @@ TEST_F(Barcode2DPageTest, TracesATestPrint) {
     });
 }
 
-// --- Each call of the procedure
+// Each call of the procedure
 
 TEST_F(Barcode2DPageTest, ReportsToSheetAndHost) {
     LonePage lone(Description(), RecordOfType(kExpandedStacked));

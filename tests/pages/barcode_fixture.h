@@ -30,7 +30,7 @@ using Texts = std::vector<std::wstring>;
 using Ids = std::vector<int>;
 using Pieces = std::vector<Bytes>;
 
-// --- The record
+// The record
 
 constexpr std::size_t kFonts1DAt = 596;
 constexpr std::size_t kFont1DSize = 36;
@@ -96,7 +96,7 @@ inline Bytes OddRecord() {
     return FilledRecord([](std::size_t offset) { return static_cast<std::uint8_t>(offset * 7 + 131); });
 }
 
-// --- Printing
+// Printing
 
 inline Bytes Ascii(std::string_view text) {
     return {text.begin(), text.end()};
@@ -169,7 +169,7 @@ struct Box {
     bool operator==(const Box&) const = default;
 };
 
-// --- Controls
+// Controls
 
 struct Caption {
     int control;
@@ -248,7 +248,7 @@ inline SpinRange RangeOf(const Window& page, int spin) {
 constexpr int kTab1D = 5;
 constexpr int kTab2D = 6;
 
-// --- The tests
+// The tests
 
 class BarcodeTest : public PageTest {
   protected:

@@ -426,7 +426,7 @@ TEST_F(CaptionsFitTest, NoTemplateIsForgotten) {
     EXPECT_EQ(templates, measured);
 }
 
-// --- The inspection itself finds what it is for
+// The inspection itself finds what it is for
 
 TEST_F(CaptionsFitTest, FindsCaptionsThatAreTooLong) {
     struct Spoilt {

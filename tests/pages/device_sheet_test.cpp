@@ -102,7 +102,7 @@ std::wstring CalledLine(const void* info, std::uint64_t parameter) {
     return L"UI:  hrOEMDevicePropertySheets(" + Hex(info) + L", " + Hex(parameter) + L") entry\r\n";
 }
 
-// --- Trace and parameters
+// Trace and parameters
 
 TEST_F(DeviceSheetTest, TracesTheInitialisationInOrder) {
     PrinterHost();
@@ -181,7 +181,7 @@ TEST_F(DeviceSheetTest, OtherReasonsTouchNothing) {
     EXPECT_EQ(rig::LanguageValue(L"USB001"), std::nullopt);
 }
 
-// --- Pages
+// Pages
 
 TEST_F(DeviceSheetTest, DescribesItsPages) {
     FakeSheet sheet;
@@ -278,7 +278,7 @@ TEST_F(DeviceSheetTest, ResultsInTheHandleOfTheLastPage) {
     EXPECT_EQ(without_callback.info.Result, 0u);
 }
 
-// --- Language
+// Language
 
 TEST_F(DeviceSheetTest, KeepsItsOrderInEveryLanguage) {
     for (const wchar_t* file : {kEnglish, kSimplifiedChinese, kTraditionalChinese}) {
@@ -330,7 +330,7 @@ TEST_F(DeviceSheetTest, FollowsTheRegistryFromSheetToSheet) {
     EXPECT_THAT(TitlesNow(), ElementsAre(L"Utility", L"Download", L"Font", L"Version"));
 }
 
-// --- The real sheet
+// The real sheet
 
 // Nothing on this side has a place in the record.
 TEST_F(DeviceSheetTest, LeavesTheRecordAsItIs) {
@@ -358,7 +358,7 @@ TEST_F(DeviceSheetTest, LeavesTheRecordAsItIs) {
     EXPECT_THAT(boxes_, IsEmpty());
 }
 
-// --- Memory
+// Memory
 
 // The plug-in's own heap, from before it is loaded.
 class DeviceSheetMemoryTest : public DeviceSheetTest {
@@ -451,7 +451,7 @@ TEST_F(DeviceSheetMemoryTest, LeavesNothingBehind) {
     EXPECT_EQ(live_, after_first);
 }
 
-// --- The printer's port
+// The printer's port
 
 // A spooler in the system's place, which describes one printer as the test says.
 class PrinterPortTest : public PageTest {

@@ -107,7 +107,7 @@ Lines DumpOf(const PROPSHEETUI_INFO& info) {
             L"\tResult          = " + Hex(info.Result) + L"\r\n"};
 }
 
-// --- Parameters
+// Parameters
 
 TEST_F(DocumentSheetTest, RefusesABlockOfAnotherVersion) {
     for (const WORD version : {WORD{0x0101}, WORD{0x00FF}, WORD{0}, WORD{0x0001}, WORD{0xFFFF}}) {
@@ -135,7 +135,7 @@ TEST_F(DocumentSheetTest, RefusesAMissingBlock) {
     EXPECT_THAT(trace.Take(), ElementsAre(kEntryLine, kInvalidLine));
 }
 
-// --- Reasons
+// Reasons
 
 TEST_F(DocumentSheetTest, DumpsTheBlockBeforeItAnswers) {
     Host();
@@ -226,7 +226,7 @@ TEST_F(DocumentSheetTest, TakesOverTheResult) {
     }
 }
 
-// --- Pages
+// Pages
 
 TEST_F(DocumentSheetTest, AddsItsPagesInTheOrderOfTheTabs) {
     FakeSheet sheet;
@@ -324,7 +324,7 @@ TEST_F(DocumentSheetTest, StandsBehindTheHostsTabsInTheRealSheet) {
     EXPECT_THAT(Host().sheet_reasons(), IsSupersetOf({WORD{0}, WORD{1}, WORD{2}}));
 }
 
-// --- The page's own procedure, on a window that is no sheet's
+// The page's own procedure, on a window that is no sheet's
 
 class OperationProcedureTest : public DocumentSheetTest {
   protected:
@@ -401,7 +401,7 @@ TEST_F(OperationProcedureTest, IsNotInitialisedWithoutADescription) {
     EXPECT_THAT(sheet.calls, IsEmpty());
 }
 
-// --- Activation context
+// Activation context
 
 // Watches or replaces what the activation context is made with; from before the plug-in is loaded.
 class ActivationContextTest : public DocumentSheetTest {
@@ -590,7 +590,7 @@ TEST_F(ActivationContextTest, IsMissedByThePageInTheRealSheetWithoutHarm) {
     });
 }
 
-// --- Language
+// Language
 
 TEST_F(DocumentSheetTest, CutsALongTitle) {
     Host();

@@ -305,7 +305,7 @@ class DownloadPageTest : public PrinterPageTest {
     std::size_t seen_ = 0;
 };
 
-// --- Texts
+// Texts
 
 TEST_F(DownloadPageTest, ShowsItsTextsInEveryLanguage) {
     for (const wchar_t* file : kLanguages) {
@@ -399,7 +399,7 @@ TEST_F(DownloadPageTest, KnowsItsTextsBeforeItIsPainted) {
     }
 }
 
-// --- Places
+// Places
 
 TEST_F(DownloadPageTest, HasItsPlaceInTheSheet) {
     ExpectTemplate(Host().module(), kTemplate, 297, 205, L"Download");
@@ -451,7 +451,7 @@ TEST_F(DownloadPageTest, TabGoesFromTheTopToTheBottom) {
     });
 }
 
-// --- The path
+// The path
 
 TEST_F(DownloadPageTest, OnlyAPathCanBeSent) {
     OpenPage([&](UiDriver&, Sheet& sheet, const Window& page) {
@@ -477,7 +477,7 @@ TEST_F(DownloadPageTest, AnEmptyPathDoesNothing) {
     EXPECT_THAT(boxes_, IsEmpty());
 }
 
-// --- Browse
+// Browse
 
 std::wstring Filter(std::initializer_list<const wchar_t*> texts) {
     std::wstring filter;
@@ -526,7 +526,7 @@ TEST_F(DownloadPageTest, OffersFilesInItsLanguage) {
 TEST_F(DownloadPageTest, TakesTheChosenPath) {
     OpenPage([&](UiDriver&, Sheet& sheet, const Window& page) {
         for (const std::wstring& path : {std::wstring(L"C:\\till \u4E2D\u6587.jk"),
-                                         L"C:\\" + std::wstring(32000, L'x'), std::wstring(L"x")}) {
+                                         L"C:\\" + std::wstring(1021, L'x'), std::wstring(L"x")}) {
             Choose(path);
             page.Click(kBrowse);
             EXPECT_EQ(page.Text(kPath), path);
@@ -543,6 +543,30 @@ TEST_F(DownloadPageTest, TakesTheChosenPath) {
         EXPECT_FALSE(sheet.IsApplyEnabled());
         EXPECT_THAT(printer().Jobs(), IsEmpty());
     });
+}
+
+// A path that is cut may be another file's.
+TEST_F(DownloadPageTest, TakesNoMoreOfAPathThanItReads) {
+    constexpr LRESULT kReadLength = 1024;
+    for (const wchar_t* language : {kEnglish, kSimplifiedChinese, kTraditionalChinese}) {
+        Speak(language);
+        OpenPage([&](UiDriver&, Sheet&, const Window& page) {
+            EXPECT_EQ(page.Send(kPath, EM_GETLIMITTEXT), kReadLength);
+            page.TypeText(kPath, L"kept");
+            for (const std::size_t length : {1025, 32000}) {
+                boxes_.clear();
+                Choose(std::wstring(length, L'x'));
+                page.Click(kBrowse);
+                ASSERT_EQ(boxes_.size(), 1u);
+                EXPECT_EQ(boxes_[0].owner, page.handle());
+                EXPECT_EQ(boxes_[0].title, SourceText(language, L"MessageBox", L"MB_ERROR"));
+                EXPECT_EQ(boxes_[0].text, SourceText(language, L"MessageBox", L"MB_PATH_ERROR1"));
+                EXPECT_EQ(boxes_[0].type, UINT{MB_OK});
+                EXPECT_EQ(page.Text(kPath), L"kept");
+                EXPECT_TRUE(page.IsEnabled(kSend));
+            }
+        });
+    }
 }
 
 // The system's own dialog. The current folder stays the program's.
@@ -575,7 +599,7 @@ TEST_F(DownloadPageTest, StaysUsableWithoutTheSystemsDialog) {
     EXPECT_EQ(printer().Jobs().size(), 1u);
 }
 
-// --- Sending
+// Sending
 
 TEST_F(DownloadPageTest, SendsAFileAsOneWrite) {
     Bytes every_byte(256);
@@ -692,7 +716,7 @@ TEST_F(DownloadPageTest, SendsNothingWithoutAPrinter) {
     EXPECT_THAT(boxes_, IsEmpty());
 }
 
-// --- Files that cannot be sent
+// Files that cannot be sent
 
 TEST_F(DownloadPageTest, TellsWhyAFileIsNotSent) {
     const Path file = WriteFile(L"till.jk", Bytes(std::size_t{3} << 20, 0x55));
@@ -760,7 +784,7 @@ TEST_F(DownloadPageTest, ReadsSoMuchOfALongPath) {
     });
 }
 
-// --- Its procedure
+// Its procedure
 
 TEST_F(DownloadPageTest, ReportsToSheetAndHost) {
     LonePrinterPage lone(Description(), printer().handle());

@@ -214,7 +214,7 @@ class FontPageTest : public PrinterPageTest {
     Bytes record_;
 };
 
-// --- Texts
+// Texts
 
 TEST_F(FontPageTest, ShowsItsTextsInEveryLanguage) {
     for (const wchar_t* file : {kEnglish, kSimplifiedChinese, kTraditionalChinese}) {
@@ -287,7 +287,7 @@ TEST_F(FontPageTest, FollowsTheLanguageWhileItIsOpen) {
     });
 }
 
-// --- Tree and list
+// Tree and list
 
 TEST_F(FontPageTest, ShowsItsTreeFromTheRoot) {
     OpenPage([&](UiDriver&, Sheet&, const Window& page) {
@@ -333,7 +333,7 @@ TEST_F(FontPageTest, SelectingChangesNothing) {
     });
 }
 
-// --- Pictures
+// Pictures
 
 TEST_F(FontPageTest, HasAPictureForEachLevel) {
     OpenPage([&](UiDriver&, Sheet&, const Window& page) {
@@ -414,7 +414,7 @@ TEST_F(FontPageTest, DoesWithoutPicturesWhenTheSystemRefuses) {
     });
 }
 
-// --- Places
+// Places
 
 TEST_F(FontPageTest, HasItsPlaceInTheSheet) {
     ExpectTemplate(Host().module(), kTemplate, 297, 205, L"Font");
@@ -451,7 +451,7 @@ TEST_F(FontPageTest, HasThreeControlsWithoutHelp) {
     EXPECT_EQ(tip, nullptr);
 }
 
-// --- Its procedure
+// Its procedure
 
 TEST_F(FontPageTest, ReportsToSheetAndHost) {
     LonePrinterPage lone(Description(), printer().handle());

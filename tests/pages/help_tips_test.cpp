@@ -305,7 +305,7 @@ TEST_F(HelpTipsTest, TextsFollowTheLanguageAtTheNextOpening) {
     });
 }
 
-// --- What the plug-in asks of the system
+// What the plug-in asks of the system
 
 TEST_F(HelpTipsTest, CreatesTheTooltipAndItsToolsAsTheSystemExpects) {
     struct Created {
@@ -459,7 +459,7 @@ TEST_F(HelpTipsTest, PassesEverythingOn) {
     });
 }
 
-// --- Lifetime
+// Lifetime
 
 // Names of the plug-in's properties on a window.
 std::vector<std::wstring> OwnProperties(HWND window) {

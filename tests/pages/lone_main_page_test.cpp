@@ -136,7 +136,7 @@ class LoneMainPageTest : public PageTest {
     rig::ImportHooks hooks_;
 };
 
-// --- Filling the page
+// Filling the page
 
 TEST_F(LoneMainPageTest, ShowsItsCaptionsBeforeItIsPainted) {
     Host();
@@ -318,7 +318,7 @@ TEST_F(LoneMainPageTest, ChoosesInEveryFormItemThatHasTheForm) {
     items[0].pOptType->pOptParam[1].pData = text;
 }
 
-// --- Languages
+// Languages
 
 constexpr wchar_t kOddList[] =
     L"[LANGUAGE]\r\nCOUNT=3\r\n"
@@ -616,7 +616,7 @@ TEST_F(LoneMainPageTest, CopiesEveryListedLanguage) {
     DeleteFileW((rig::DriverFolder().parent_path() / L"OUT.res").c_str());
 }
 
-// --- Commands
+// Commands
 
 // A record by what is on: I as image (i: another value than 1), R rotated, Z zoom, L log, W watermark.
 Bytes RecordOf(const std::string& on) {
@@ -790,7 +790,7 @@ TEST_F(LoneMainPageTest, ReadsTheTypedScaleWithItsSign) {
     }
 }
 
-// --- The log's folder and viewer
+// The log's folder and viewer
 
 class LogFolderTest : public LoneMainPageTest {
   protected:
@@ -987,7 +987,7 @@ TEST_F(LoneMainPageTest, StartsTheViewer) {
     }
 }
 
-// --- Messages and notifications
+// Messages and notifications
 
 Lines LayoutLines(const Lines& lines) {
     Lines own;

@@ -220,7 +220,7 @@ class OperationDialogTest : public OperationTest {
     }
 };
 
-// --- Controls
+// Controls
 
 enum class Kind { kCheckBox, kRadio, kDropList, kEdit, kNumber, kSpin, kStatic, kButton };
 
@@ -295,7 +295,7 @@ TEST_F(OperationDialogTest, IsModal) {
     });
 }
 
-// --- Words
+// Words
 
 TEST_F(OperationDialogTest, SpeaksTheChosenLanguage) {
     for (const wchar_t* file : {kEnglish, kSimplifiedChinese, kTraditionalChinese}) {
@@ -343,7 +343,7 @@ TEST_F(OperationDialogTest, TooLongWordsAreCutToTheirRoom) {
     });
 }
 
-// --- What it shows at first
+// What it shows at first
 
 TEST_F(OperationDialogTest, ShowsEveryStoredChoice) {
     SetRecord(RecordWith(BusyBlock()));
@@ -426,7 +426,7 @@ TEST_F(OperationDialogTest, ValuesBeyondAFlagOrChoice) {
     });
 }
 
-// --- Numbers
+// Numbers
 
 TEST_F(OperationDialogTest, NumbersHaveTheirRanges) {
     OnDialog(kDocStart, [](UiDriver&, Window& dialog) {
@@ -508,7 +508,7 @@ TEST_F(OperationDialogTest, OkTakesNumbersInRangeOnly) {
     EXPECT_EQ(Differences(With(before, kDocEnd, block), Record()), "");
 }
 
-// --- What controls switch
+// What controls switch
 
 TEST_F(OperationDialogTest, SendCommandEnablesTheBox) {
     OnDialog(kDocStart, [](UiDriver&, Window& dialog) {
@@ -611,7 +611,7 @@ TEST_F(OperationDialogTest, RadioGroupsAreApart) {
     });
 }
 
-// --- OK and Cancel
+// OK and Cancel
 
 TEST_F(OperationDialogTest, OkStoresEveryChoice) {
     Bytes expected = RecordWith(BusyBlock());
@@ -724,7 +724,7 @@ TEST_F(OperationDialogTest, CancelKeepsEverything) {
     });
 }
 
-// --- Command length
+// Command length
 
 TEST_F(OperationDialogTest, Accepts128CommandBytes) {
     Block block = BusyBlock();
@@ -818,7 +818,7 @@ TEST_F(OperationDialogTest, ReadsTheBoxTo399Characters) {
     EXPECT_EQ(Differences(With(before, kDocStart, block), Record()), "");
 }
 
-// --- Default
+// Default
 
 Block DefaultBlock(Moment moment) {
     Block block;
@@ -865,7 +865,7 @@ TEST_F(OperationDialogTest, DefaultsCanBeChangedAgain) {
     EXPECT_EQ(Differences(With(before, kDocEnd, AllChoices()[5]), Record()), "");
 }
 
-// --- The picture of the paper's end
+// The picture of the paper's end
 
 using Pixels = std::vector<std::uint32_t>;
 
@@ -1158,7 +1158,7 @@ TEST_F(OperationPreviewTest, DoesWithoutAPictureWhenTheSystemRefuses) {
     StopHost();
 }
 
-// --- Trace
+// Trace
 
 constexpr wchar_t kTraceLine[] = L"UI:  OperationDlgProc\r\n";
 constexpr wchar_t kTracedText[] = L"UI:  OperationDlgProc str=";

@@ -140,7 +140,7 @@ class OperationPageTest : public pages::PageTest {
     std::wstring title_ = L"Operation";
 };
 
-// --- Captions
+// Captions
 
 TEST_F(OperationPageTest, ShowsEnglish) {
     OpenPage([](Sheet& sheet, const Window& page) {
@@ -231,7 +231,7 @@ TEST_F(OperationPageTest, FollowsTheFileAtEachRepaint) {
     });
 }
 
-// --- The four moments
+// The four moments
 
 class MomentTest : public OperationPageTest, public testing::WithParamInterface<MomentCase> {};
 
@@ -380,7 +380,7 @@ TEST_F(OperationPageTest, StaysAppliedAfterApply) {
     EXPECT_EQ(Record()[440], 2);
 }
 
-// --- The page alone
+// The page alone
 
 // The page, made as a sheet makes it but without one, so that each call of its procedure can be looked at.
 class LonePageTest : public OperationPageTest {

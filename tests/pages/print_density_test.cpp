@@ -98,7 +98,7 @@ class PrintDensityTest : public pages::PageTest {
     }
 };
 
-// --- In the real sheet
+// In the real sheet
 
 TEST_F(PrintDensityTest, RelabelsTheDriversOption) {
     const ItemState forms(Item(DriverOptions::kForms));
@@ -150,7 +150,7 @@ TEST_F(PrintDensityTest, ShowsTheChosenLanguageInTheRealSheet) {
     }
 }
 
-// --- Which items
+// Which items
 
 TEST_F(PrintDensityTest, KnowsItsOptionByTheFirstValue) {
     for (const wchar_t* text : {L"Level Density 1", L"Density", L"XDensityX", L"浓度", L"打印浓度 1", L"濃度",
@@ -238,7 +238,7 @@ TEST_F(PrintDensityTest, TracesTextsOfTheLanguage) {
                 ElementsAre(L"GPDIndex       = 濃度0\r\n", L"GPDIndex       =1111 濃度0\r\n"));
 }
 
-// --- Where the texts lie
+// Where the texts lie
 
 TEST_F(PrintDensityTest, WritesInPlaceWhatFitsToTheUnit) {
     StartWith({Density({L"Density?", L"Density", L"", L"abcdefgh", L"abcdefghi"})});
@@ -386,7 +386,7 @@ TEST_F(PrintDensityTest, NeedsNoLanguageFile) {
     EXPECT_THAT(Values(), ElementsAre(L"Density0"));
 }
 
-// --- Odd items
+// Odd items
 
 TEST_F(PrintDensityTest, PassesItemsWithoutValues) {
     StartWith({Density({L"Level Density 1"}), Density({L"Level Density 1"}), Density({L"Level Density 1"}),
@@ -466,7 +466,7 @@ TEST_F(PrintDensityTest, NeedsNoList) {
     EXPECT_FALSE(IsRelabelled());
 }
 
-// --- Hosts and objects
+// Hosts and objects
 
 TEST_F(PrintDensityTest, NeedsNoParametersAndNoHelper) {
     const rig::PluginDll plugin;

@@ -239,6 +239,34 @@ TEST_F(TabCaptionsTest, FindsOneTabControlInAPrinterSheetOfAnyClassName) {
     UnregisterClassW(tab_class.lpszClassName, tab_class.hInstance);
 }
 
+// Of a class's name 200 characters are looked at.
+TEST_F(TabCaptionsTest, LooksAtTheStartOfALongClassName) {
+    WNDCLASSEXW tab_class = {};
+    tab_class.cbSize = sizeof tab_class;
+    ASSERT_TRUE(GetClassInfoExW(nullptr, WC_TABCONTROLW, &tab_class));
+    tab_class.hInstance = GetModuleHandleW(nullptr);
+    const std::wstring control(WC_TABCONTROLW);
+    const std::wstring within = std::wstring(200 - control.size(), L'x') + control;
+    const std::wstring beyond = L"x" + within;
+    for (const std::wstring& name : {within, beyond}) {
+        tab_class.lpszClassName = name.c_str();
+        ASSERT_TRUE(RegisterClassExW(&tab_class));
+        using Made = std::pair<std::unique_ptr<Bystander>, HWND>;
+        ChangeLanguageBeside<Made>(
+            [&] {
+                auto window = std::make_unique<Bystander>(kPrinterTitle);
+                const HWND tabs = window->AddTabs(kPrinterTabs, name.c_str());
+                return Made(std::move(window), tabs);
+            },
+            [&](const Made& made, const Sheet&) {
+                EXPECT_EQ(TitlesOf(made.second),
+                          name == within ? RelabelledPrinterTabs(kTraditionalChinese) : kPrinterTabs);
+            });
+        UnregisterClassW(name.c_str(), tab_class.hInstance);
+        ChooseLanguage(kEnglish);
+    }
+}
+
 // A text goes to a tab by its address, which means nothing elsewhere.
 TEST_F(TabCaptionsTest, LeavesWindowsOfOtherProgramsAlone) {
     rig::ImportHooks hooks;
@@ -535,7 +563,7 @@ TEST_F(TabCaptionsTest, CutsLongTitlesAndFallsBackToEnglish) {
         });
 }
 
-// --- The plug-in's own printer sheets
+// The plug-in's own printer sheets
 
 constexpr int kUtilityTab = 2;
 constexpr int kDownloadTab = 3;
@@ -698,6 +726,10 @@ TEST_F(OpenSheetsTest, PagesThatWereNotShownComeInTheNewLanguage) {
         Choose(document, main, kTraditional);
         EXPECT_EQ(sheets[0].TabTitles(), RelabelledPrinterTabs(kTraditionalChinese));
         EXPECT_EQ(font.Text(kFontNotice), SourceText(kTraditionalChinese, L"FONT", L"RC_STATIC_FONT_NOTICE"));
+        // They are in it when they are painted for the first time.
+        for (const int tab : {kUtilityTab, kDownloadTab}) {
+            Repaint(sheets[0].SelectPage(tab));
+        }
         EXPECT_EQ(PrinterPages(sheets[0]).TextsOf(), PageTextsIn(kTraditionalChinese));
     });
 }

@@ -121,7 +121,7 @@ Texts DefaultCaptions() {
     return texts;
 }
 
-// --- Forms, and the calls that read and change them
+// Forms, and the calls that read and change them
 
 const Form kDefault = WholeSheet(L"Custom Paper-R72", 72000, 297000);
 const Form kShop = WholeSheet(L"Custom Paper-Shop", 50000, 100000);
@@ -193,7 +193,7 @@ std::string ReadDenied(const Forms& forms) {
     return "EnumFormsW(printer, 1, buffer of " + std::to_string(SizeOf(forms)) + " bytes) -> FALSE, error 5";
 }
 
-// --- The page
+// The page
 
 // All that changes on it.
 struct State {
@@ -360,7 +360,7 @@ class UtilityPageTest : public PrinterPageTest {
     std::size_t seen_ = 0;
 };
 
-// --- Texts
+// Texts
 
 TEST_F(UtilityPageTest, ShowsItsTextsInEveryLanguage) {
     for (const wchar_t* file : {kEnglish, kSimplifiedChinese, kTraditionalChinese}) {
@@ -386,6 +386,21 @@ TEST_F(UtilityPageTest, ShowsEnglishWithoutAnyFile) {
             ExpectHelp(ui, page, help.control, CentreOf(page.Control(help.control)), help.english);
         }
     });
+}
+
+TEST_F(UtilityPageTest, KnowsItsTextsBeforeItIsPainted) {
+    ChooseLanguage(kTraditionalChinese);
+    LonePrinterPage lone(Description(), printer().handle());
+    ShowWindow(lone.sheet.handle, SW_HIDE);
+    lone.Make();
+    EXPECT_EQ(CaptionsOf(lone.Page()), SourceCaptions(kTraditionalChinese));
+    for (const Caption& help : kHelps) {
+        const HWND control = GetDlgItem(lone.handle(), help.control);
+        const POINT centre = CentreOf(control);
+        SetCursorPos(centre.x, centre.y);
+        SendMessageW(control, WM_MOUSEMOVE, 0, 0);
+        EXPECT_EQ(HelpTextOf(control), SourceText(kTraditionalChinese, L"UTILITY", help.key));
+    }
 }
 
 TEST_F(UtilityPageTest, CutsATextThatIsTooLong) {
@@ -447,7 +462,7 @@ TEST_F(UtilityPageTest, SevenControlsHaveHelp) {
     });
 }
 
-// --- The template
+// The template
 
 struct Template {
     int control;
@@ -553,7 +568,7 @@ TEST_F(UtilityPageTest, TheControlFontIsHidden) {
     });
 }
 
-// --- Opening
+// Opening
 
 TEST_F(UtilityPageTest, MakesTheDefaultPaperWhereItIsMissing) {
     const Forms before = Server({});
@@ -781,7 +796,7 @@ TEST_F(UtilityPageTest, ThePrinterIsClosedMeanwhile) {
     EXPECT_EQ(printer().Forms(), kUsual);
 }
 
-// --- Many forms and long names
+// Many forms and long names
 
 TEST_F(UtilityPageTest, ListsTenThousandForms) {
     Forms forms = BuiltInForms();
@@ -875,7 +890,7 @@ TEST_F(UtilityPageTest, ListsWithoutADeviceContext) {
     });
 }
 
-// --- Self test
+// Self test
 
 TEST_F(UtilityPageTest, PrintsTheSelfTest) {
     OpenPage([&](UiDriver&, Sheet&, const Window& page) {
@@ -932,7 +947,21 @@ TEST_F(UtilityPageTest, EachCallOfTheSelfTestFails) {
     EXPECT_EQ(printer().Forms(), kUsual);
 }
 
-// --- Saving
+// Saving
+
+// Somebody else deleted the default paper meanwhile: it is made as any other is.
+TEST_F(UtilityPageTest, SavesTheDefaultPaperAnew) {
+    OpenPage([&](UiDriver&, Sheet&, const Window& page) {
+        const Forms without = Server({kShop});
+        printer().SetForms(without);
+        TakeCalls();
+        page.Click(kSave);
+        EXPECT_EQ(TakeCalls(), ReadOf(without) + Lines{AddOf(kDefault)});
+        Texts papers = kUsualList;
+        papers.push_back(kDefault.name);
+        EXPECT_EQ(StateOf(page), (State{papers, 4, L"R72", L"720", L"2970", true}));
+    });
+}
 
 TEST_F(UtilityPageTest, SavesANewPaper) {
     OpenPage([&](UiDriver&, Sheet&, const Window& page) {
@@ -1237,7 +1266,7 @@ TEST_F(UtilityPageTest, TheServerChangesBeforeASave) {
     });
 }
 
-// --- Deleting
+// Deleting
 
 TEST_F(UtilityPageTest, DeletesTheSelectedPaper) {
     OpenPage([&](UiDriver&, Sheet&, const Window& page) {
@@ -1369,7 +1398,7 @@ TEST_F(UtilityPageTest, WithoutASelectionNothingIsDeleted) {
     EXPECT_EQ(printer().Forms(), kUsual);
 }
 
-// --- Selecting
+// Selecting
 
 TEST_F(UtilityPageTest, ShowsTheSelectedPaper) {
     OpenPage([&](UiDriver&, Sheet&, const Window& page) {
@@ -1444,7 +1473,7 @@ TEST_F(UtilityPageTest, EachCallOfASelectionFails) {
     EXPECT_EQ(printer().Forms(), kUsual);
 }
 
-// --- Typing
+// Typing
 
 // By the selection of the list, not by what is typed.
 TEST_F(UtilityPageTest, ATypedNameEnablesByTheSelection) {
@@ -1509,7 +1538,7 @@ TEST_F(UtilityPageTest, ArrowsStayInTheirRange) {
     });
 }
 
-// --- The sheet
+// The sheet
 
 // Everything is written by its button: what the sheet's own buttons do makes no difference.
 TEST_F(UtilityPageTest, TheSheetsButtonsWriteNothing) {
@@ -1558,7 +1587,7 @@ TEST_F(UtilityPageTest, HundredOpeningsLeaveNothingBehind) {
         0);
 }
 
-// --- Each call of the procedure
+// Each call of the procedure
 
 TEST_F(UtilityPageTest, ReportsToSheetAndHost) {
     LonePrinterPage lone(Description(), printer().handle());
@@ -1627,17 +1656,6 @@ TEST_F(UtilityPageTest, ASecondInitialisationAddsNothing) {
     EXPECT_EQ(lone.Ask(lone.handle(), WM_INITDIALOG, 0, lone.Description()), FALSE);
     EXPECT_EQ(StateOf(lone.Page()), state);
     EXPECT_THAT(TakeCalls(), IsEmpty());
-    EXPECT_EQ(TipsBeside(lone.Page()), 1);
-}
-
-// With the server's answer to the first one missing, the second one is as good as the first.
-TEST_F(UtilityPageTest, ASecondInitialisationMakesUpForTheFirst) {
-    LonePrinterPage lone(Description(), printer().handle());
-    printer().FailCall(1, ERROR_ACCESS_DENIED);
-    lone.Make();
-    ExpectAsInTemplate(lone.Page());
-    EXPECT_EQ(lone.Ask(lone.handle(), WM_INITDIALOG, 0, lone.Description()), FALSE);
-    EXPECT_EQ(StateOf(lone.Page()), kUsualState);
     EXPECT_EQ(TipsBeside(lone.Page()), 1);
 }
 

@@ -256,7 +256,7 @@ class VersionPageTest : public PageTest {
     rig::ImportHooks hooks_;
 };
 
-// --- Captions
+// Captions
 
 TEST_F(VersionPageTest, ShowsTheTextsOfItsLanguage) {
     for (const wchar_t* file : {kEnglish, kSimplifiedChinese, kTraditionalChinese}) {
@@ -328,7 +328,7 @@ TEST_F(VersionPageTest, KeepsTheTextsOfTheAssembly) {
     });
 }
 
-// --- The link
+// The link
 
 TEST_F(VersionPageTest, FindsTheLinkToThePixel) {
     OpenPage([&](UiDriver&, const Window& page) {
@@ -532,7 +532,7 @@ TEST_F(VersionPageTest, AnswersTheRealPointer) {
     });
 }
 
-// --- On the printer side
+// On the printer side
 
 // The same page there: the texts of its sheet's assembly, and a link of its own.
 TEST_F(VersionPageTest, IsTheSameInThePrinterSheet) {
@@ -568,7 +568,7 @@ TEST_F(VersionPageTest, IsTheSameInThePrinterSheet) {
     }
 }
 
-// --- Fonts
+// Fonts
 
 TEST_F(VersionPageTest, KeepsOneFontAtATimeAndNoneAfterwards) {
     for (const bool ends_underlined : {true, false}) {
@@ -628,7 +628,7 @@ TEST_F(VersionPageTest, DoesWithoutAFontOrAPropertyWhenTheSystemRefuses) {
     EXPECT_EQ(LiveFonts(), 0u);
 }
 
-// --- The page's procedure, on a window that is no sheet's
+// The page's procedure, on a window that is no sheet's
 
 class VersionProcedureTest : public PageTest {
   protected:

@@ -16,7 +16,7 @@ constexpr wchar_t kDepth[] = L"Make sure the specified bitmap is 1/8/24/ bits!";
 constexpr wchar_t kNoName[] = L"No filename is specified!";
 constexpr wchar_t kTooLong[] = L"The path is too long!";
 
-// --- The file dialog
+// The file dialog
 
 class WaterMarkFileTest : public WaterMarkPageTest {
   protected:
@@ -191,7 +191,7 @@ TEST_F(WaterMarkFileTest, SaysErrorsInTheChosenLanguage) {
     });
 }
 
-// --- The page alone
+// The page alone
 
 class WaterMarkLonePageTest : public WaterMarkPageTest {
   protected:
@@ -462,7 +462,7 @@ TEST_F(WaterMarkLonePageTest, HeedsTheNotificationsThatStoreOnly) {
     EXPECT_EQ(Differences(record, Record()), "");
 }
 
-// --- Records that no page wrote
+// Records that no page wrote
 
 struct HostileRecord {
     const char* name;
@@ -604,7 +604,7 @@ TEST_F(WaterMarkLonePageTest, ShowsHostileValuesAsTheNearestOrNone) {
     EXPECT_EQ(page.Text(kAngleValue), L"0");
 }
 
-// --- A careless host, a poor system
+// A careless host, a poor system
 
 TEST_F(WaterMarkLonePageTest, DoesNothingWithoutARecord) {
     Make(RecordOf(kText));

@@ -34,7 +34,7 @@ constexpr std::uint8_t kText = 2;
 
 constexpr int kTiled = 9;
 
-// --- Pictures: red, green, blue from the highest byte down, rows from the top
+// Pictures: red, green, blue from the highest byte down, rows from the top
 
 constexpr std::uint32_t kWhite = 0xFFFFFF;
 
@@ -143,7 +143,7 @@ inline std::uint32_t Raised(std::uint32_t pixel, unsigned by) {
     return raised;
 }
 
-// --- Bitmap files
+// Bitmap files
 
 inline void Put16(Bytes& bytes, std::size_t at, unsigned value) {
     bytes.at(at) = static_cast<std::uint8_t>(value & 0xFF);

@@ -75,7 +75,7 @@ Texts SourceTexts(const wchar_t* file, const std::wstring& key, int count) {
     return texts;
 }
 
-// --- Texts
+// Texts
 
 TEST_F(WaterMarkPageTest, ShowsItsTextsInEveryLanguage) {
     for (const wchar_t* file : {kEnglish, kSimplifiedChinese, kTraditionalChinese}) {
@@ -170,7 +170,7 @@ TEST_F(WaterMarkPageTest, ThirteenControlsHaveHelp) {
     });
 }
 
-// --- What a record shows
+// What a record shows
 
 TEST_F(WaterMarkPageTest, ShowsTheRecordOfEachKind) {
     for (const std::uint8_t kind : {kNone, kImage, kText}) {
@@ -279,7 +279,7 @@ TEST_F(WaterMarkPageTest, OkWithoutAChangeKeepsEveryByte) {
     }
 }
 
-// --- Fonts
+// Fonts
 
 TEST_F(WaterMarkPageTest, ListsTrueTypeFacesOnceEach) {
     OpenPage(RecordOf(kText), [&](UiDriver&, Sheet&, const Window& page) {
@@ -357,7 +357,7 @@ TEST_F(WaterMarkPageTest, ListsTheFacesThatTheSystemHas) {
     });
 }
 
-// --- What the controls store
+// What the controls store
 
 TEST_F(WaterMarkPageTest, StoresEachChoice) {
     Bytes record = RecordOf(kText);
@@ -525,7 +525,7 @@ TEST_F(WaterMarkPageTest, TiledKeepsTheSizeAtLeast20) {
     });
 }
 
-// --- The kinds, the message and the Main page
+// The kinds, the message and the Main page
 
 TEST_F(WaterMarkPageTest, SwitchesBetweenTheKinds) {
     Bytes record = RecordOf(kText);

@@ -30,7 +30,7 @@ constexpr wchar_t kWrongDepth[] = L"Make sure the specified bitmap is 1/8/24/ bi
 
 class WaterMarkPreviewTest : public WaterMarkTest {};
 
-// --- Where an image stands
+// Where an image stands
 
 TEST_F(WaterMarkPreviewTest, WithoutAWaterMarkTheFrameIsWhite) {
     Store(Write(L"image.bmp", FileOf(Image4x3())));
@@ -228,7 +228,7 @@ TEST_F(WaterMarkPreviewTest, TilesThatDoNotDivide) {
     });
 }
 
-// --- Colours
+// Colours
 
 TEST_F(WaterMarkPreviewTest, BrightnessRaisesEveryByteOfTheFile) {
     Picture image({4, 2});
@@ -355,7 +355,7 @@ TEST_F(WaterMarkPreviewTest, ShrinkingPicksPixels) {
     });
 }
 
-// --- Files
+// Files
 
 TEST_F(WaterMarkPreviewTest, LoadsItsCopyInItsOwnSizeWithItsPixels) {
     const Path file = Write(L"image.bmp", FileOf(Image4x3()));
@@ -514,7 +514,7 @@ TEST_F(WaterMarkPreviewTest, RepaintsReadNoFileAndKeepNothing) {
     ExpectSaid({});
 }
 
-// --- Bitmaps that cannot be shown
+// Bitmaps that cannot be shown
 
 // 10485760 pixels are 4096 x 2560.
 TEST_F(WaterMarkPreviewTest, TenMegapixelsAreTheLimit) {
@@ -672,7 +672,7 @@ TEST_F(WaterMarkPreviewTest, BrowsingForWhatCannotBeUsedKeepsThePicture) {
     });
 }
 
-// --- Files that are not what they claim
+// Files that are not what they claim
 
 struct Hostile {
     std::string name;

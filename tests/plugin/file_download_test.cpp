@@ -238,7 +238,7 @@ class FileDownloadTest : public testing::Test {
     Bytes bytes_;
 };
 
-// --- Call by call
+// Call by call
 
 TEST_F(FileDownloadTest, AsksForTheSizeAndReadsFromTheStart) {
     WatchedFiles files;
@@ -320,7 +320,7 @@ TEST_F(FileDownloadTest, AFileThatHasShrunkIsNotRead) {
     }
 }
 
-// --- Files of the disk
+// Files of the disk
 
 TEST_F(FileDownloadTest, ReadsAnEmptyFileAndOneOfAByte) {
     Write({});
@@ -381,7 +381,7 @@ TEST_F(FileDownloadTest, ReadsAFileThatMayNotBeWritten) {
     EXPECT_TRUE(SetFileAttributesW(path_.c_str(), FILE_ATTRIBUTE_NORMAL));
 }
 
-// --- What the user is offered
+// What the user is offered
 
 // The rows of an open-file dialog's list: what each says, and its pattern.
 using Rows = std::vector<std::pair<std::wstring, std::wstring>>;

@@ -166,7 +166,7 @@ std::wstring Read(std::size_t size) {
     return L"EnumFormsW(printer, 1, " + std::to_wstring(size) + L")";
 }
 
-// --- Reading
+// Reading
 
 TEST_F(PrinterFormsTest, AsksHowMuchAndReadsThat) {
     server.forms = {{L"A4", 210000, 297000}, {L"Custom Paper-R72", 72000, 297000}, {L"x", -1, INT32_MAX}};
@@ -287,7 +287,7 @@ TEST_F(PrinterFormsTest, AListThatShrinksMeanwhile) {
     EXPECT_TRUE(forms.empty());
 }
 
-// --- Answers that no server should give
+// Answers that no server should give
 
 TEST_F(PrinterFormsTest, MoreFormsThanTheListHasRoomFor) {
     for (const DWORD count : {DWORD{3}, DWORD{1000}, DWORD{0x80000000}, DWORD{0xFFFFFFFF}}) {
@@ -362,7 +362,7 @@ TEST_F(PrinterFormsTest, AnythingButZeroIsSuccess) {
     }
 }
 
-// --- Changing
+// Changing
 
 TEST_F(PrinterFormsTest, AddsAWholeSheetOfTheUsers) {
     EXPECT_TRUE(AddPaper(kPrinter, L"Custom Paper-Shop", {410, 32760}));

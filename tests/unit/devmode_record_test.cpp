@@ -129,7 +129,7 @@ std::u16string LogPathOf(const OEMDEV& record) {
     return std::u16string(FieldText(record.szLogPath));
 }
 
-// --- default
+// default
 // ---------------------------------------------------------------------------------------------------
 
 TEST_F(DevmodeRecordTest, DefaultWritesItsBytesAndKeepsTheOthers) {
@@ -196,7 +196,7 @@ TEST_F(DevmodeRecordTest, LogPathIsBelowTheRootOfTheSystemDrive) {
     }
 }
 
-// --- conversion
+// conversion
 // ------------------------------------------------------------------------------------------------
 
 TEST_F(DevmodeRecordTest, ConvertRefusesNull) {
@@ -309,7 +309,7 @@ TEST_F(DevmodeRecordTest, ConvertInPlaceIsTheConversionOfACopy) {
     }
 }
 
-// --- trace
+// trace
 // -----------------------------------------------------------------------------------------------------
 
 // A record whose dumped fields all differ.
@@ -446,7 +446,7 @@ TEST_F(DevmodeRecordTest, DefaultAndValidateAreSilent) {
     EXPECT_THAT(platform_recorder::TakeLines(), IsEmpty());
 }
 
-// --- validation
+// validation
 // ------------------------------------------------------------------------------------------------
 
 TEST_F(DevmodeRecordTest, ValidateSetsTheHeaderAndDropsLargeDriverData) {
