@@ -6,7 +6,7 @@ namespace {
 
 constexpr DWORD kFirstKeysLength = 1024;
 // Of a section with more, the keys that are listed so far count.
-constexpr DWORD kMostKeysLength = 1024 * 1024;
+constexpr DWORD kMostKeysLength = 16 * 1024 * 1024;
 
 }  // namespace
 

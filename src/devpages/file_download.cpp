@@ -24,6 +24,10 @@ FileReadResult ReadWhole(const wchar_t* path, std::vector<std::uint8_t>& bytes) 
     if (!file) {
         return FileReadResult::kCannotOpen;
     }
+    // A device or a pipe has no end to read to.
+    if (GetFileType(file.Get()) != FILE_TYPE_DISK) {
+        return FileReadResult::kCannotOpen;
+    }
     // All bits set is also a size: only with an error it is none.
     SetLastError(ERROR_SUCCESS);
     DWORD high = 0;

@@ -116,9 +116,11 @@ void FitList(HWND dialog, const std::wstring& name) noexcept {
     SendMessageW(list, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(std::max(wanted, now)), 0);
 }
 
-void AddToList(HWND dialog, const std::wstring& name) noexcept {
-    SendList(dialog, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(name.c_str()));
+// The index of the new entry, LB_ERR or LB_ERRSPACE where the list takes no more.
+LRESULT AddToList(HWND dialog, const std::wstring& name) noexcept {
+    const LRESULT index = SendList(dialog, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(name.c_str()));
     FitList(dialog, name);
+    return index;
 }
 
 void OpenSize(HWND dialog, const SizeControls& controls, const PaperSizeBox& box) noexcept {
@@ -200,9 +202,9 @@ void SaveClicked(HWND dialog, HANDLE printer) {
     } else {
         const std::wstring name = FormNameOf(shown);
         isSaved = AddPaper(printer, name, size);
-        if (isSaved) {
-            AddToList(dialog, name);
-            SendList(dialog, LB_SETCURSEL, static_cast<WPARAM>(SendList(dialog, LB_GETCOUNT) - 1));
+        const LRESULT index = isSaved ? AddToList(dialog, name) : LB_ERR;
+        if (index >= 0) {
+            SendList(dialog, LB_SETCURSEL, static_cast<WPARAM>(index));
             EnableItem(dialog, IDC_UTILITY_DELETE, true);
         }
     }
@@ -216,13 +218,14 @@ void PaperSelected(HWND dialog, HANDLE printer) {
     ShowSelectedSize(dialog, printer);
 }
 
-// The entry goes whether or not the server lets the form go.
+// The entry goes whether or not the server lets the form go. The default paper stays, wherever it is listed.
 void DeleteClicked(HWND dialog, HANDLE printer) {
     const auto index = SelectedPaper(dialog);
-    if (!index) {
+    const std::wstring name = SelectedName(dialog).value_or(std::wstring());
+    if (!index || IsDefaultPaper(name)) {
         return;
     }
-    DeletePaper(printer, SelectedName(dialog).value_or(std::wstring()));
+    DeletePaper(printer, name);
     SendList(dialog, LB_DELETESTRING, *index);
     const auto left = static_cast<std::size_t>(SendList(dialog, LB_GETCOUNT));
     if (const auto selection = SelectionAfterDelete(*index, left)) {
@@ -259,7 +262,8 @@ INT_PTR ControlUsed(HWND dialog, const DeviceSheetContext& context, int control,
             }
             return TRUE;
         case IDC_UTILITY_CONTROL_FONT:
-            if (notification == BN_CLICKED) {
+            // One table at a time: an open one has the sheet disabled.
+            if (notification == BN_CLICKED && IsWindowEnabled(GetParent(dialog))) {
                 EditControlFont(dialog);
             }
             return TRUE;

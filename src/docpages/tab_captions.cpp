@@ -3,10 +3,13 @@
 #include <commctrl.h>
 
 #include <iterator>
+#include <memory>
+#include <new>
 #include <string_view>
 
 #include "devpages/device_pages.h"
 #include "docpages/document_pages.h"
+#include "intrface/win/nothrow_new.h"
 #include "language/text_lookup.h"
 
 wchar_t gPrinterName[kPathLength];
@@ -57,18 +60,32 @@ bool IsOfThisProcess(HWND window) noexcept {
     return process == GetCurrentProcessId();
 }
 
-// Makes a page's title the text of a tab. FALSE when the control's thread does not answer.
+struct TabText : NothrowNew {
+    TCITEMW item;
+    wchar_t title[kShortCaption];
+};
+
+// Makes a page's title the text of a tab. FALSE when the control's thread does not answer, and without
+// memory.
 template <typename Page>
 bool SetTab(HWND tabs, int index, const Page& page) noexcept {
+    std::unique_ptr<TabText> text(new (std::nothrow) TabText{});
+    if (text == nullptr) {
+        return false;
+    }
     const TextTable& texts = page.texts();
     const TextEntry& entry = texts.Entries()[page.titleRow];
-    wchar_t title[kShortCaption];
-    LoadText(texts.Section(), entry.key, entry.english, title);
-    TCITEMW item{};
-    item.mask = TCIF_TEXT;
-    item.pszText = title;
+    LoadText(texts.Section(), entry.key, entry.english, text->title);
+    text->item.mask = TCIF_TEXT;
+    text->item.pszText = text->title;
     LRESULT answer = 0;
-    return Ask(tabs, TCM_SETITEMW, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item), answer);
+    const bool isAnswered =
+        Ask(tabs, TCM_SETITEMW, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&text->item), answer);
+    if (!isAnswered) {
+        // The thread may be at it, or come to it later: the text is its own from now on.
+        text.release();
+    }
+    return isAnswered;
 }
 
 // The page then loads its texts anew. FALSE when its thread does not answer; a page that was never shown has

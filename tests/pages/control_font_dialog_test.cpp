@@ -1111,6 +1111,20 @@ TEST_F(ControlFontDialogTest, TheTranslatorTakesHexadecimalCharacters) {
     });
 }
 
+// Two tables would save one over the other.
+TEST_F(ControlFontDialogTest, OpensOneTableAtATime) {
+    OnUtilityPage([&](UiDriver& ui, Window& page) {
+        const Window table = OpenTable(ui, page);
+        PressControlFont(page);
+        Settle(page);
+        const HWND first = FindWindowW(L"#32770", kTableTitle);
+        EXPECT_EQ(first, table.handle());
+        EXPECT_EQ(FindWindowExW(nullptr, first, L"#32770", kTableTitle), nullptr);
+        table.PressAndWaitClosed(IDCANCEL);
+        OpenTable(ui, page).PressAndWaitClosed(IDCANCEL);
+    });
+}
+
 // Counts what the plug-in takes from the heap, and refuses it on demand.
 class ControlFontMemoryTest : public ControlFontDialogTest {
   protected:
@@ -1235,22 +1249,17 @@ TEST_F(ControlFontMemoryTest, OpeningsLeaveNothingBehind) {
             Translate(ui, table, 0, L"1B 40");
             table.PressAndWaitClosed(IDOK);
         };
-        const auto handles = [] {
-            DWORD count = 0;
-            EXPECT_TRUE(GetProcessHandleCount(GetCurrentProcess(), &count));
-            return count;
-        };
         for (int i = 0; i < 5; ++i) {
             use();
         }
         const int live = live_;
-        const DWORD before = handles();
+        const std::uintptr_t before = NextFreeHandle();
         for (int i = 0; i < 100; ++i) {
             use();
         }
         EXPECT_EQ(live_, live);
         // The system's own threads may hold some.
-        EXPECT_LT(handles(), before + 50);
+        EXPECT_LT(NextFreeHandle(), before + 4 * 50);
     });
 }
 

@@ -13,6 +13,7 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -31,6 +32,14 @@ constexpr int kPrinterTabCount = 4;
 // A page of the plug-in's, brought to the front.
 inline Window SelectPage(const Sheet& sheet, PrinterTab tab) {
     return sheet.SelectPage(sheet.TabCount() - kPrinterTabCount + tab);
+}
+
+// The system's next free handle: it moves by 4 with each one that stays open. The count of a process's
+// handles is not kept everywhere.
+inline std::uintptr_t NextFreeHandle() {
+    const HANDLE next = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    CloseHandle(next);
+    return reinterpret_cast<std::uintptr_t>(next);
 }
 
 struct ShownBox {

@@ -492,6 +492,30 @@ TEST_F(TabCaptionsTest, DoesNotWaitForThreadsThatDoNotAnswer) {
 }
 
 // Sheets of one printer, of another and a message box, all open at once.
+// A thread that was given up at a text may still be reading it.
+TEST_F(TabCaptionsTest, LeavesTheTextToAThreadThatIsSlow) {
+    static WNDPROC real = nullptr;
+    static std::wstring read;
+    ElsewhereSheet slow(true);
+    real = reinterpret_cast<WNDPROC>(SetWindowLongPtrW(
+        slow.tabs(), GWLP_WNDPROC,
+        reinterpret_cast<LONG_PTR>(
+            static_cast<WNDPROC>([](HWND window, UINT message, WPARAM wparam, LPARAM lparam) -> LRESULT {
+                if (message == TCM_SETITEMW) {
+                    Sleep(1000);
+                    const auto& item = *reinterpret_cast<const TCITEMW*>(lparam);
+                    read = item.mask == TCIF_TEXT && item.pszText != nullptr ? item.pszText : L"gone";
+                }
+                return CallWindowProcW(real, window, message, wparam, lparam);
+            }))));
+    ASSERT_NE(real, nullptr);
+    ChangeLanguageBeside<int>([] { return 0; }, [](int, const Sheet&) {});
+    Texts expected = kPrinterTabs;
+    expected[2] = SourceText(kTraditionalChinese, L"UTILITY", L"RC_UTILITYFORM");
+    EXPECT_EQ(slow.End(), expected);
+    EXPECT_EQ(read, expected[2]);
+}
+
 TEST_F(TabCaptionsTest, FindsItsSheetsAmongOthersAndTracesTheSearch) {
     struct Made {
         std::unique_ptr<Bystander> one, other, same;

@@ -352,6 +352,7 @@ class UtilityPageTest : public PrinterPageTest {
         return sheet.PageOf(kTemplate).page;
     }
 
+    bool is_list_full_ = false;
     bool refuses_contexts_ = false;
     int contexts_ = 0;  // taken and not given back
 
@@ -948,6 +949,41 @@ TEST_F(UtilityPageTest, EachCallOfTheSelfTestFails) {
 }
 
 // Saving
+
+// Whatever asks for it, and wherever it is listed.
+TEST_F(UtilityPageTest, NeverDeletesTheDefaultPaper) {
+    LonePrinterPage lone(Description(), printer().handle());
+    lone.Make();
+    TakeCalls();
+    lone.Use(kDelete);
+    EXPECT_EQ(StateOf(lone.Page()), kUsualState);
+    printer().SetForms(Server({kShop}));
+    lone.Use(kSave);
+    EXPECT_EQ(lone.Page().ListSelection(kPapers), 4);
+    TakeCalls();
+    lone.Use(kDelete);
+    EXPECT_EQ(lone.Page().ListItems(kPapers).size(), 5u);
+    EXPECT_THAT(TakeCalls(), IsEmpty());
+    EXPECT_EQ(printer().Forms(), Server({kShop, kDefault}));
+}
+
+// The paper is the server's; the selection, which a click on Delete would take, stays another's.
+TEST_F(UtilityPageTest, ListsNoMoreWhenTheListIsFull) {
+    hooks_.On("USER32.dll", "SendDlgItemMessageW", &SendDlgItemMessageW,
+              [this](auto original, HWND dialog, int control, UINT message, WPARAM wparam, LPARAM lparam) {
+                  return message == LB_ADDSTRING && is_list_full_
+                             ? LRESULT{LB_ERRSPACE}
+                             : original(dialog, control, message, wparam, lparam);
+              });
+    LonePrinterPage lone(Description(), printer().handle());
+    lone.Make();
+    is_list_full_ = true;
+    SetDlgItemTextW(lone.handle(), kName, L"New");
+    lone.Use(kSave);
+    EXPECT_EQ(StateOf(lone.Page()), (State{kUsualList, 0, L"New", L"720", L"2970", false}));
+    EXPECT_EQ(printer().Forms().back(), WholeSheet(L"Custom Paper-New", 72000, 297000));
+    EXPECT_THAT(boxes_, IsEmpty());
+}
 
 // Somebody else deleted the default paper meanwhile: it is made as any other is.
 TEST_F(UtilityPageTest, SavesTheDefaultPaperAnew) {
@@ -1569,12 +1605,10 @@ TEST_F(UtilityPageTest, HundredOpeningsLeaveNothingBehind) {
                 page.Click(kSave);
             });
         }
-        DWORD handles = 0;
-        GetProcessHandleCount(GetCurrentProcess(), &handles);
-        return handles;
+        return NextFreeHandle();
     };
-    const DWORD before = open(3);
-    EXPECT_LE(open(100), before + 5);
+    const std::uintptr_t before = open(3);
+    EXPECT_LT(open(100), before + 4 * 50);
     EXPECT_EQ(hooks_.Bound("GetDC"), 1);
     EXPECT_EQ(hooks_.Bound("ReleaseDC"), 1);
     EXPECT_EQ(contexts_, 0);

@@ -468,7 +468,7 @@ TEST_F(ControlFontFileTest, KeyListsAtTheEdgeOfTheRoom) {
     }
 }
 
-TEST_F(ControlFontFileTest, AnEndlessKeyListIsReadUpToAMillionUnits) {
+TEST_F(ControlFontFileTest, AnEndlessKeyListIsReadUpToSixteenMillionUnits) {
     WriteText(std::string(kHeader) + "41=1B\r\n42=1C\r\n");
     const Replaced<decltype(GetPrivateProfileStringW)> read(__imp_GetPrivateProfileStringW, EndlessKeys);
     watched.list = std::wstring(
@@ -477,19 +477,20 @@ TEST_F(ControlFontFileTest, AnEndlessKeyListIsReadUpToAMillionUnits) {
         11);
     // What could not be listed is not taken for an empty table: a save would delete it.
     ExpectCommands(Loaded(), {{RowOf('A'), L"1B"}});
-    EXPECT_EQ(watched.list_rooms, (std::vector<DWORD>{1024, 2048, 4096, 8192, 16384, 32768, 65536, 131072,
-                                                      262144, 524288, 1048576}));
+    EXPECT_EQ(watched.list_rooms,
+              (std::vector<DWORD>{1024, 2048, 4096, 8192, 16384, 32768, 65536, 131072, 262144, 524288,
+                                  1048576, 2097152, 4194304, 8388608, 16777216}));
 }
 
 TEST_F(ControlFontFileTest, ALengthBeyondTheRoomIsNotBelieved) {
     const Replaced<decltype(GetPrivateProfileStringW)> read(__imp_GetPrivateProfileStringW,
                                                             KeysBeyondTheRoom);
-    for (const DWORD listed : {0x100000ul, 0x100001ul, 0x7FFFFFFFul, 0xFFFFFFFFul}) {
+    for (const DWORD listed : {0x1000000ul, 0x1000001ul, 0x7FFFFFFFul, 0xFFFFFFFFul}) {
         watched = {};
         watched.listed = listed;
         ControlFontFileOnDisk file;
-        EXPECT_LE(file.Keys().size(), 0x100000u) << listed;
-        EXPECT_EQ(watched.list_rooms.size(), 11u);
+        EXPECT_LE(file.Keys().size(), 0x1000000u) << listed;
+        EXPECT_EQ(watched.list_rooms.size(), 15u);
     }
 }
 

@@ -363,6 +363,20 @@ TEST_F(FileDownloadTest, WhatIsNoFileCannotBeOpened) {
 }
 
 // Somebody may be writing it.
+// They have no end to read to.
+TEST_F(FileDownloadTest, DevicesAndPipesCannotBeOpened) {
+    constexpr wchar_t kPipe[] = L"\\\\.\\pipe\\kvmr72-download";
+    const HANDLE pipe =
+        CreateNamedPipeW(kPipe, PIPE_ACCESS_OUTBOUND, PIPE_TYPE_BYTE, 1, 4096, 4096, 0, nullptr);
+    ASSERT_NE(pipe, INVALID_HANDLE_VALUE);
+    for (const wchar_t* path : {L"NUL", kPipe}) {
+        Bytes bytes = {1};
+        EXPECT_EQ(ReadFileToSend(path, bytes), FileReadResult::kCannotOpen);
+        EXPECT_TRUE(bytes.empty());
+    }
+    CloseHandle(pipe);
+}
+
 TEST_F(FileDownloadTest, AFileThatIsOpenElsewhereCannotBeOpened) {
     for (const DWORD access : {DWORD{GENERIC_READ}, DWORD{GENERIC_WRITE}}) {
         const HANDLE other =

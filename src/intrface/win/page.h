@@ -18,7 +18,10 @@ Context* PageContext(HWND dialog, UINT message, LPARAM lParam, const wchar_t* mi
     if (message == WM_INITDIALOG) {
         const auto* page = reinterpret_cast<const PROPSHEETPAGEW*>(lParam);
         const LPARAM context = page != nullptr ? page->lParam : 0;
-        SetWindowLongPtrW(dialog, DWLP_USER, context);
+        // What it was told first stays.
+        if (GetWindowLongPtrW(dialog, DWLP_USER) == 0) {
+            SetWindowLongPtrW(dialog, DWLP_USER, context);
+        }
         return reinterpret_cast<Context*>(context);
     }
     SetLastError(ERROR_SUCCESS);
