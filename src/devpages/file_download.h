@@ -14,6 +14,6 @@ std::wstring DownloadFilter(std::wstring_view languageFile);
 
 enum class FileReadResult { kRead, kCannotOpen, kNoSize, kNoMemory, kNoStart, kNotRead };
 
-// Reads a file of a disk whole, in one read, with nobody else in it meanwhile. A file whose size 32 bits cannot count
-// has no size here. `bytes` holds nothing unless the answer is kRead.
+// Reads a file of a disk whole, in one read, with nobody else in it meanwhile. A file whose size 32 bits
+// cannot count has no size here. `bytes` holds nothing unless the answer is kRead.
 FileReadResult ReadFileToSend(const wchar_t* path, std::vector<std::uint8_t>& bytes) noexcept;
