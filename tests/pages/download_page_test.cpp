@@ -553,7 +553,7 @@ TEST_F(DownloadPageTest, TakesNoMoreOfAPathThanItReads) {
         OpenPage([&](UiDriver&, Sheet&, const Window& page) {
             EXPECT_EQ(page.Send(kPath, EM_GETLIMITTEXT), kReadLength);
             page.TypeText(kPath, L"kept");
-            for (const std::size_t length : {1025, 32000}) {
+            for (const std::size_t length : {std::size_t{1025}, std::size_t{32000}}) {
                 boxes_.clear();
                 Choose(std::wstring(length, L'x'));
                 page.Click(kBrowse);

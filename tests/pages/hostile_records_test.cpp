@@ -328,7 +328,7 @@ std::vector<Bytes> RandomRecords(unsigned seed, std::size_t count) {
     return records;
 }
 
-// 250 in all, in parts so that they can run beside each other.
+// 100 in all, in parts: what fails is named by its seed.
 class RandomRecordsTest : public HostileRecordsTest, public testing::WithParamInterface<unsigned> {};
 
 TEST_P(RandomRecordsTest, AnyByteAnywhere) {
@@ -336,7 +336,7 @@ TEST_P(RandomRecordsTest, AnyByteAnywhere) {
     Survive(RandomRecords(seed, 10), "seed " + std::to_string(seed));
 }
 
-INSTANTIATE_TEST_SUITE_P(Parts, RandomRecordsTest, testing::Range(0u, 25u));
+INSTANTIATE_TEST_SUITE_P(Parts, RandomRecordsTest, testing::Range(0u, 10u));
 
 TEST_F(HostileRecordsTest, OneByteEverywhere) {
     Survive({Filled(0x00), Filled(0xFF), Filled(0x01), Filled(0x7F), Filled(0x80), Filled(0xFE)},
