@@ -101,27 +101,33 @@ void ShowSelectedSize(HWND dialog, HANDLE printer) {
     }
 }
 
-// Lets the list scroll to the end of its longest name.
-void FitList(HWND dialog, const std::wstring& name) noexcept {
-    const HWND list = GetDlgItem(dialog, IDC_UTILITY_PAPERS);
-    const WindowDc dc(list);
-    if (!dc) {
-        return;
-    }
-    const Selection font(dc.Get(), reinterpret_cast<HGDIOBJ>(SendMessageW(list, WM_GETFONT, 0, 0)));
-    SIZE extent{};
-    GetTextExtentPoint32W(dc.Get(), name.c_str(), static_cast<int>(name.size()), &extent);
-    const int wanted = extent.cx + 2 * GetSystemMetrics(SM_CXEDGE);
-    const auto now = static_cast<int>(SendMessageW(list, LB_GETHORIZONTALEXTENT, 0, 0));
-    SendMessageW(list, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(std::max(wanted, now)), 0);
-}
+// Adds names to the list; at its end the list can be scrolled to the end of the longest one.
+class NewEntries {
+  public:
+    explicit NewEntries(HWND dialog) noexcept
+        : list_(GetDlgItem(dialog, IDC_UTILITY_PAPERS)),
+          dc_(list_),
+          font_(dc_.Get(), reinterpret_cast<HGDIOBJ>(SendMessageW(list_, WM_GETFONT, 0, 0))),
+          width_(static_cast<int>(SendMessageW(list_, LB_GETHORIZONTALEXTENT, 0, 0))) {}
+    NewEntries(const NewEntries&) = delete;
+    NewEntries& operator=(const NewEntries&) = delete;
+    ~NewEntries() { SendMessageW(list_, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(width_), 0); }
 
-// The index of the new entry, LB_ERR or LB_ERRSPACE where the list takes no more.
-LRESULT AddToList(HWND dialog, const std::wstring& name) noexcept {
-    const LRESULT index = SendList(dialog, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(name.c_str()));
-    FitList(dialog, name);
-    return index;
-}
+    // The index of the new entry, LB_ERR or LB_ERRSPACE where the list takes no more.
+    LRESULT Add(const std::wstring& name) noexcept {
+        SIZE extent{};
+        if (GetTextExtentPoint32W(dc_.Get(), name.c_str(), static_cast<int>(name.size()), &extent)) {
+            width_ = std::max(width_, static_cast<int>(extent.cx) + 2 * GetSystemMetrics(SM_CXEDGE));
+        }
+        return SendMessageW(list_, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(name.c_str()));
+    }
+
+  private:
+    const HWND list_;
+    const WindowDc dc_;
+    const Selection font_;
+    int width_;
+};
 
 void OpenSize(HWND dialog, const SizeControls& controls, const PaperSizeBox& box) noexcept {
     SendDlgItemMessageW(dialog, controls.edit, EM_LIMITTEXT, static_cast<WPARAM>(box.digits), 0);
@@ -144,8 +150,11 @@ bool ListPapers(HWND dialog, HANDLE printer) {
     }
     const std::vector<PaperForm> papers = CustomPapersOf(std::move(forms));
     SendList(dialog, WM_SETREDRAW, FALSE);
-    for (const PaperForm& paper : papers) {
-        AddToList(dialog, paper.name);
+    {
+        NewEntries entries(dialog);
+        for (const PaperForm& paper : papers) {
+            entries.Add(paper.name);
+        }
     }
     SendList(dialog, WM_SETREDRAW, TRUE);
     SendList(dialog, LB_SETCURSEL, 0);
@@ -202,7 +211,7 @@ void SaveClicked(HWND dialog, HANDLE printer) {
     } else {
         const std::wstring name = FormNameOf(shown);
         isSaved = AddPaper(printer, name, size);
-        const LRESULT index = isSaved ? AddToList(dialog, name) : LB_ERR;
+        const LRESULT index = isSaved ? NewEntries(dialog).Add(name) : LB_ERR;
         if (index >= 0) {
             SendList(dialog, LB_SETCURSEL, static_cast<WPARAM>(index));
             EnableItem(dialog, IDC_UTILITY_DELETE, true);

@@ -969,11 +969,10 @@ TEST_F(UtilityPageTest, NeverDeletesTheDefaultPaper) {
 
 // The paper is the server's; the selection, which a click on Delete would take, stays another's.
 TEST_F(UtilityPageTest, ListsNoMoreWhenTheListIsFull) {
-    hooks_.On("USER32.dll", "SendDlgItemMessageW", &SendDlgItemMessageW,
-              [this](auto original, HWND dialog, int control, UINT message, WPARAM wparam, LPARAM lparam) {
-                  return message == LB_ADDSTRING && is_list_full_
-                             ? LRESULT{LB_ERRSPACE}
-                             : original(dialog, control, message, wparam, lparam);
+    hooks_.On("USER32.dll", "SendMessageW", &SendMessageW,
+              [this](auto original, HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+                  return message == LB_ADDSTRING && is_list_full_ ? LRESULT{LB_ERRSPACE}
+                                                                  : original(window, message, wparam, lparam);
               });
     LonePrinterPage lone(Description(), printer().handle());
     lone.Make();
