@@ -18,6 +18,12 @@ set(PORTABLE_SOURCES
   src/printer/barcode_fonts.cpp
   src/printer/barcode_height.cpp
   src/printer/hex_command.cpp
+  src/printer/logo_bitmap.cpp
+  src/printer/logo_conversion.cpp
+  src/printer/logo_grey.cpp
+  src/printer/logo_halftone.cpp
+  src/printer/logo_raster.cpp
+  src/printer/logo_tone.cpp
   src/printer/printer_commands.cpp
 )
 

@@ -84,6 +84,13 @@ class CheckSourcesTest(unittest.TestCase):
             self.append("src/devmode/record.cpp", f"#include <{header}>\n")
             self.expect(f"check_portable_files: src/devmode/record.cpp:4: <{header}> is not a standard header")
 
+    def test_vector_instructions_stand_in_their_own_header(self):
+        self.write("src/printer/pixel_lanes.h", "#include <emmintrin.h>\n")
+        self.append("src/devmode/record.cpp", '#include "printer/pixel_lanes.h"\n')
+        self.assertNotIn("emmintrin.h", self.run_checker().stdout)
+        self.append("src/devmode/record.cpp", "#include <emmintrin.h>\n")
+        self.assertIn("src/devmode/record.cpp:4: <emmintrin.h> is not a standard header", self.run_checker().stdout)
+
     def test_windows_header_reached_through_headers(self):
         self.append("src/base/text.h", '#include "handles.h"\n')
         self.write("src/base/handles.h", "#if defined(_WIN32)\n#include <windows.h>\n#endif\n")

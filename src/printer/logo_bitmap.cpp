@@ -1,0 +1,165 @@
+// A converted file:
+//
+//       0  2  type            "BM"
+//       2  4  file size       headers, palette and rows
+//       6  4  reserved        0
+//      10  4  pixel offset    headers and palette
+//      14  4  header size     40
+//      18  4  width           of the source
+//      22  4  height          of the source
+//      26  2  planes          1
+//      28  2  bit count       8 or 1
+//      30  4  compression     0
+//      34  4  image size      rows with their padding
+//      38 16  resolutions and colour counts, 0
+//      54     palette         blue, green, red, 0 for each colour, from black to white
+//             rows
+#include "printer/logo_bitmap.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+namespace {
+
+constexpr std::size_t kHeadersSize = 54;
+constexpr std::size_t kTypeAt = 0;
+constexpr std::size_t kFileSizeAt = 2;
+constexpr std::size_t kPixelOffsetAt = 10;
+constexpr std::size_t kInfoSizeAt = 14;
+constexpr std::size_t kWidthAt = 18;
+constexpr std::size_t kHeightAt = 22;
+constexpr std::size_t kPlanesAt = 26;
+constexpr std::size_t kBitCountAt = 28;
+constexpr std::size_t kCompressionAt = 30;
+constexpr std::size_t kImageSizeAt = 34;
+
+constexpr std::uint32_t kInfoSize = 40;
+constexpr std::size_t kPaletteEntrySize = 4;
+
+// Where the pixels of a plain file begin: behind as many palette entries as a pixel has values.
+constexpr std::size_t PixelOffset(unsigned bitCount) noexcept {
+    return kHeadersSize + (bitCount == kColourBits ? 0 : kPaletteEntrySize << bitCount);
+}
+static_assert(PixelOffset(kMonoBits) == 62 && PixelOffset(kGreyBits) == 1078 &&
+              PixelOffset(kColourBits) == 54);
+
+// The first bytes of a file, with 0 for those that it lacks.
+template <std::size_t N>
+std::array<std::uint8_t, N> FirstBytes(std::span<const std::uint8_t> file) noexcept {
+    std::array<std::uint8_t, N> bytes{};
+    std::copy_n(file.begin(), std::min(file.size(), N), bytes.begin());
+    return bytes;
+}
+
+template <std::size_t N>
+std::uint16_t Get16(const std::array<std::uint8_t, N>& bytes, std::size_t at) noexcept {
+    return static_cast<std::uint16_t>(bytes[at] | bytes[at + 1] << 8);
+}
+
+template <std::size_t N>
+std::uint32_t Get32(const std::array<std::uint8_t, N>& bytes, std::size_t at) noexcept {
+    return Get16(bytes, at) | std::uint32_t{Get16(bytes, at + 2)} << 16;
+}
+
+void Put16(std::uint8_t* to, std::uint32_t value) noexcept {
+    to[0] = static_cast<std::uint8_t>(value & 0xFF);
+    to[1] = static_cast<std::uint8_t>(value >> 8 & 0xFF);
+}
+
+void Put32(std::uint8_t* to, std::uint32_t value) noexcept {
+    Put16(to, value);
+    Put16(to + 2, value >> 16);
+}
+
+}  // namespace
+
+BitmapHeaders ReadBitmapHeaders(std::span<const std::uint8_t> file) noexcept {
+    const auto bytes = FirstBytes<kHeadersSize>(file);
+    return {Get16(bytes, kTypeAt), static_cast<std::int32_t>(Get32(bytes, kWidthAt)),
+            static_cast<std::int32_t>(Get32(bytes, kHeightAt)), Get16(bytes, kBitCountAt),
+            Get32(bytes, kCompressionAt)};
+}
+
+std::optional<LogoPicture> LogoPicture::Read(std::span<const std::uint8_t> file) {
+    // The largest file that comes of a picture holds this, whatever is converted into what.
+    constexpr std::uint64_t kMostBytes = std::numeric_limits<std::int32_t>::max() - 1078;
+    const BitmapHeaders headers = ReadBitmapHeaders(file);
+    const unsigned bits = headers.bitCount;
+    const bool isDepth = bits == kMonoBits || bits == kGreyBits || bits == kColourBits;
+    if (headers.type != kBitmapType || headers.compression != kUncompressed || !isDepth ||
+        headers.width <= 0 || headers.height == 0) {
+        return std::nullopt;
+    }
+    const auto width = static_cast<std::uint64_t>(headers.width);
+    const std::int64_t height = headers.height;
+    const auto rows = static_cast<std::uint64_t>(height < 0 ? -height : height);
+    const std::uint64_t rowBytes = (width * bits + 31) / 32 * 4;
+    // Both factors are below 2^33: the product of the larger row is not past 64 bits.
+    if (std::max(rowBytes, (width + 3) / 4 * 4) * rows > kMostBytes) {
+        return std::nullopt;
+    }
+    const std::uint64_t size = rowBytes * rows;
+    const auto held = file.subspan(std::min(file.size(), PixelOffset(bits)));
+    LogoPicture picture;
+    picture.bitCount_ = bits;
+    picture.width_ = static_cast<std::size_t>(width);
+    picture.rows_ = static_cast<std::size_t>(rows);
+    picture.isTopDown_ = height < 0;
+    picture.pixels_ = held.data();
+    if (held.size() < size) {
+        if ((rows - held.size() / rowBytes) * width > kMaxMissingPixels) {
+            return std::nullopt;
+        }
+        picture.completed_.resize(static_cast<std::size_t>(size));
+        std::copy(held.begin(), held.end(), picture.completed_.begin());
+        picture.pixels_ = picture.completed_.data();
+    }
+    return picture;
+}
+
+LogoFile LogoFile::Grey(const LogoPicture& picture, std::vector<std::uint8_t>& bytes) {
+    return {picture, kGreyBits, bytes};
+}
+
+LogoFile LogoFile::Mono(const LogoPicture& picture, std::vector<std::uint8_t>& bytes) {
+    return {picture, kMonoBits, bytes};
+}
+
+LogoFile::LogoFile(const LogoPicture& picture, unsigned bitCount, std::vector<std::uint8_t>& bytes)
+    : rowBytes_(BitmapRowBytes(picture.Width(), bitCount)) {
+    const std::size_t offset = PixelOffset(bitCount);
+    const std::size_t imageSize = rowBytes_ * picture.Rows();
+    bytes.assign(offset + imageSize, 0);
+    const auto rows = static_cast<std::uint32_t>(picture.Rows());
+    Put16(&bytes[kTypeAt], kBitmapType);
+    Put32(&bytes[kFileSizeAt], static_cast<std::uint32_t>(bytes.size()));
+    Put32(&bytes[kPixelOffsetAt], static_cast<std::uint32_t>(offset));
+    Put32(&bytes[kInfoSizeAt], kInfoSize);
+    Put32(&bytes[kWidthAt], static_cast<std::uint32_t>(picture.Width()));
+    Put32(&bytes[kHeightAt], picture.IsTopDown() ? 0 - rows : rows);
+    Put16(&bytes[kPlanesAt], 1);
+    Put16(&bytes[kBitCountAt], bitCount);
+    Put32(&bytes[kCompressionAt], kUncompressed);
+    Put32(&bytes[kImageSizeAt], static_cast<std::uint32_t>(imageSize));
+    const std::size_t colours = (offset - kHeadersSize) / kPaletteEntrySize;
+    for (std::size_t i = 0; i < colours; ++i) {
+        std::fill_n(&bytes[kHeadersSize + i * kPaletteEntrySize], 3,
+                    static_cast<std::uint8_t>(i * 255 / (colours - 1)));
+    }
+    rows_ = bytes.data() + offset;
+}
+
+MonoPalette ReadMonoPalette(std::span<const std::uint8_t> file) noexcept {
+    const auto bytes = FirstBytes<kHeadersSize + 2 * kPaletteEntrySize>(file);
+    const auto isAll = [&bytes](std::size_t entry, std::uint8_t value) {
+        const auto* colour = &bytes[kHeadersSize + entry * kPaletteEntrySize];
+        return std::count(colour, colour + 3, value) == 3;
+    };
+    constexpr std::uint8_t kBlack = 0;
+    constexpr std::uint8_t kWhite = 255;
+    if (isAll(0, kBlack) && isAll(1, kWhite)) {
+        return MonoPalette::kBlackAndWhite;
+    }
+    return isAll(0, kWhite) && isAll(1, kBlack) ? MonoPalette::kWhiteAndBlack : MonoPalette::kOther;
+}

@@ -1,0 +1,95 @@
+// Logos as bitmap files: the pixels of a source, and the two layouts in which converted logos are kept.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+constexpr std::uint16_t kBitmapType = 19778;  // "BM"
+constexpr std::uint32_t kUncompressed = 0;
+
+// The bit counts of a pixel.
+constexpr unsigned kMonoBits = 1;
+constexpr unsigned kGreyBits = 8;
+constexpr unsigned kColourBits = 24;
+
+// What counts of a bitmap file's headers.
+struct BitmapHeaders {
+    std::uint16_t type;
+    std::int32_t width;
+    std::int32_t height;  // negative: the rows are stored from the top
+    std::uint16_t bitCount;
+    std::uint32_t compression;
+};
+
+// Bytes that the file lacks are 0.
+BitmapHeaders ReadBitmapHeaders(std::span<const std::uint8_t> file) noexcept;
+
+// A row's bytes, padded to a multiple of 4.
+constexpr std::size_t BitmapRowBytes(std::size_t width, unsigned bitCount) noexcept {
+    return (width * bitCount + 31) / 32 * 4;
+}
+
+// The most pixels that a picture may have beyond the rows that its file holds whole: a logo of the largest
+// size. A few bytes do not become gigabytes.
+constexpr std::uint64_t kMaxMissingPixels = 1024 * 768;
+
+// An uncompressed picture of 1, 8 or 24 bits. Its pixels are read from where a plain file of that depth has
+// them, wherever the header says that they are. Pixel bytes that the file lacks are 0.
+class LogoPicture {
+  public:
+    // Nothing for another format, and for a size that no file has: none or a negative one, or more than
+    // 32 bits count. The picture may refer to `file`. May throw bad_alloc.
+    static std::optional<LogoPicture> Read(std::span<const std::uint8_t> file);
+
+    LogoPicture(LogoPicture&&) noexcept = default;
+    LogoPicture& operator=(LogoPicture&&) noexcept = default;
+
+    unsigned BitCount() const noexcept { return bitCount_; }
+    std::size_t Width() const noexcept { return width_; }
+    std::size_t Rows() const noexcept { return rows_; }
+    bool IsTopDown() const noexcept { return isTopDown_; }
+    std::size_t RowBytes() const noexcept { return BitmapRowBytes(width_, bitCount_); }
+
+    // Whole, with its padding; rows count as they are stored.
+    const std::uint8_t* Row(std::size_t row) const noexcept { return pixels_ + row * RowBytes(); }
+
+  private:
+    LogoPicture() = default;
+
+    unsigned bitCount_ = 0;
+    std::size_t width_ = 0;
+    std::size_t rows_ = 0;
+    bool isTopDown_ = false;
+    std::vector<std::uint8_t> completed_;  // the pixels of a file that lacks some
+    const std::uint8_t* pixels_ = nullptr;
+};
+
+// A file in the making: its headers and palette are there, its rows are black.
+class LogoFile {
+  public:
+    // Puts the headers of a file with the same size and order of rows into `bytes`, whose memory is used
+    // again. May throw bad_alloc.
+    static LogoFile Grey(const LogoPicture& picture, std::vector<std::uint8_t>& bytes);
+    static LogoFile Mono(const LogoPicture& picture, std::vector<std::uint8_t>& bytes);
+
+    std::uint8_t* Row(std::size_t row) const noexcept { return rows_ + row * rowBytes_; }
+
+  private:
+    LogoFile(const LogoPicture& picture, unsigned bitCount, std::vector<std::uint8_t>& bytes);
+
+    std::size_t rowBytes_;
+    std::uint8_t* rows_;
+};
+
+// Of a file with 1 bit a pixel.
+enum class MonoPalette {
+    kBlackAndWhite,  // clear bits are black: this is how converted logos are kept
+    kWhiteAndBlack,
+    kOther,
+};
+
+// Bytes that the file lacks are 0.
+MonoPalette ReadMonoPalette(std::span<const std::uint8_t> file) noexcept;

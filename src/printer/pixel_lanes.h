@@ -1,0 +1,38 @@
+// Sixteen pixels at a time, with the vector instructions that every x86-64 has (SSE2).
+#pragma once
+
+#include <emmintrin.h>
+
+#include <cstdint>
+
+inline __m128i LoadLanes(const void* from) noexcept {
+    return _mm_loadu_si128(static_cast<const __m128i*>(from));
+}
+
+// Rows are packed with the leftmost pixel in the highest bit; the processor gathers lanes from the lowest bit
+// on. So each eight lanes are turned round before.
+inline __m128i TurnEights(__m128i lanes) noexcept {
+    const __m128i pairs = _mm_or_si128(_mm_slli_epi16(lanes, 8), _mm_srli_epi16(lanes, 8));
+    constexpr int kBackwards = _MM_SHUFFLE(0, 1, 2, 3);
+    return _mm_shufflehi_epi16(_mm_shufflelo_epi16(pairs, kBackwards), kBackwards);
+}
+
+// The highest bit of each lane; the first eight lanes are the low byte.
+inline std::uint32_t HighBits(__m128i lanes) noexcept {
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(lanes));
+}
+
+// What each lane's bit is worth in the byte of its eight.
+inline __m128i BitWorths() noexcept {
+    return _mm_set1_epi64x(0x0102040810204080);
+}
+
+// 32 pixels as the four bytes of a row. Each lane has its bit's worth, or nothing: a byte is the sum of
+// eight.
+inline std::uint32_t PackedWorths(__m128i first, __m128i second) noexcept {
+    const __m128i none = _mm_setzero_si128();
+    // Bytes 0 and 1 lie in the lanes 0 and 8, bytes 2 and 3 two lanes behind them.
+    const __m128i sums =
+        _mm_or_si128(_mm_sad_epu8(first, none), _mm_slli_epi64(_mm_sad_epu8(second, none), 16));
+    return static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_or_si128(sums, _mm_srli_si128(sums, 7))));
+}
