@@ -5,7 +5,9 @@ set(PORTABLE_SOURCES
   src/devmode/devmode_record.cpp
   src/devmode/operation_settings.cpp
   src/devpages/control_font.cpp
+  src/devpages/logo_rules.cpp
   src/devpages/paper_sizes.cpp
+  src/devpages/shown_bitmap.cpp
   src/docpages/bitmap_24.cpp
   src/docpages/layout_rules.cpp
   src/docpages/operation_preview.cpp
@@ -35,6 +37,9 @@ set(WIN32_SOURCES
   src/devpages/download_page.cpp
   src/devpages/file_download.cpp
   src/devpages/font_page.cpp
+  src/devpages/logo_group.cpp
+  src/devpages/logo_list.cpp
+  src/devpages/logo_preview.cpp
   src/devpages/printer_forms.cpp
   src/devpages/printer_port.cpp
   src/devpages/utility_page.cpp
@@ -72,5 +77,6 @@ set(WIN32_SOURCES
   src/language/registry_choice.cpp
   src/language/text_lookup.cpp
   src/language/text_table.cpp
+  src/printer/logo_file.cpp
   src/printer/raw_job.cpp
 )

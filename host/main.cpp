@@ -121,7 +121,7 @@ SheetResult OpenSheet(PluginHost& host, const Options& options, VirtualPrinter* 
     const auto script = [&](UiDriver& driver) {
         const Sheet sheet = driver.WaitForSheet();
         if (options.control_font) {
-            ShowControlFont(SelectPageWith(sheet, IDC_UTILITY_CONTROL_FONT));
+            ShowControlFont(SelectPageWith(sheet, IDC_UTILITY_PAPERS));
         }
         if (options.pictures) {
             TakePictures(driver, sheet, *options.pictures);
@@ -170,9 +170,15 @@ void WriteTrace(const TraceCapture& trace, const std::filesystem::path& file) {
 }
 
 void RunSheet(const Options& options) {
-    for (const auto& played : {options.watermark, options.download}) {
-        if (played && !std::filesystem::is_regular_file(*played)) {
-            throw HostError("there is no file " + ToUtf8(played->native()));
+    std::vector<std::filesystem::path> played = options.logos;
+    for (const auto& file : {options.watermark, options.download}) {
+        if (file) {
+            played.push_back(*file);
+        }
+    }
+    for (const auto& file : played) {
+        if (!std::filesystem::is_regular_file(file)) {
+            throw HostError("there is no file " + ToUtf8(file.native()));
         }
     }
     const std::filesystem::path dll =

@@ -53,17 +53,23 @@ const std::vector<OptionRow>& Rows() {
          "another language and go back, and press OK. With --sheet printer: print\n"
          "the self test; define, change and delete paper sizes; give a character\n"
          "of the control font a command, where the driver keeps that; download a\n"
-         "file, and press OK",
+         "file; convert, download and clear logos, and press OK",
          [](Options& options, const std::wstring&) { options.play = true; }},
         {L"--watermark", "BMP", "what --play chooses as image watermark; otherwise only a text is played",
          [](Options& options, const std::wstring& value) { options.watermark = value; }},
         {L"--download", "FILE", "what --play sends from the Download page; otherwise no file is sent",
          [](Options& options, const std::wstring& value) { options.download = value; }},
+        {L"--logo", "BMP",
+         "a logo that --play previews and sends from the Download page; given once\n"
+         "for each, nine at most. Converted files are left beside them while the\n"
+         "program runs",
+         [](Options& options, const std::wstring& value) { options.logos.emplace_back(value); }},
         {L"--pictures", "DIR",
          "write a BMP of every page of the plug-in and of its dialogs into DIR,\n"
          "before a person or --play takes over; --play adds each watermark, each\n"
          "group of controls of the barcode pages, and the sheet right after the\n"
-         "change of language, or the paper sizes and the file of the printer sheet",
+         "change of language, or the paper sizes, the file and each logo of the\n"
+         "printer sheet",
          [](Options& options, const std::wstring& value) { options.pictures = value; }},
         {L"--headless", nullptr, "--play and --pictures, into the folder \"pictures\" unless one is named",
          [](Options& options, const std::wstring&) {
@@ -118,6 +124,7 @@ void CheckTogether(const Options& options) {
         {"--watermark", options.watermark.has_value(), is_printer_sheet, "the document sheet"},
         {"--prints", options.prints.has_value(), is_printer_sheet, "the document sheet"},
         {"--download", options.download.has_value(), !is_printer_sheet, "the printer sheet"},
+        {"--logo", !options.logos.empty(), !is_printer_sheet, "the printer sheet"},
         {"--control-font", options.control_font, !is_printer_sheet, "the printer sheet"},
     };
     for (const auto& rule : kRules) {

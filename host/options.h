@@ -22,6 +22,7 @@ struct Options {
     std::optional<std::filesystem::path> pictures;
     std::optional<std::filesystem::path> watermark;
     std::optional<std::filesystem::path> download;  // for the printer sheet
+    std::vector<std::filesystem::path> logos;       // for the printer sheet
     std::optional<std::filesystem::path> trace;
     std::optional<std::filesystem::path> prints;
     // Either folder and forms file of the virtual printer, or the name of a printer of this system; neither

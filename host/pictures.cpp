@@ -42,7 +42,7 @@ void TakePictures(const UiDriver& driver, const Sheet& sheet, const std::filesys
                 dialog.PressAndWaitClosed(IDCANCEL);
             }
         }
-        if (page.HasControl(IDC_UTILITY_CONTROL_FONT)) {
+        if (page.HasControl(IDC_UTILITY_PAPERS)) {
             TakeControlFont(driver, page, folder);
         }
     }

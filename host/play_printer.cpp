@@ -64,6 +64,34 @@ class Visit {
         Press(page, IDC_DOWNLOAD_SEND, L"the file");
     }
 
+    // Each logo as it is, in black and white and in grey; the two converted kinds are sent.
+    void SendLogos() const {
+        if (options_.logos.empty()) {
+            return;
+        }
+        const Window page = SelectPageWith(sheet_, IDC_LOGO_LIST);
+        for (const auto& logo : options_.logos) {
+            page.ChooseFile(IDC_LOGO_ADD, std::filesystem::absolute(logo));
+            if (page.RowCount(IDC_LOGO_LIST) == 0) {
+                throw UiError("a logo is refused: " + ToUtf8(driver_.WaitForMessageBox().text));
+            }
+        }
+        LookAtLogos(page, L"original");
+        page.Click(IDC_LOGO_MONO);
+        SetTones(page);
+        LookAtLogos(page, L"mono");
+        Press(page, IDC_LOGO_DOWNLOAD, L"the download of logos");
+        page.Click(IDC_LOGO_GREY);
+        LookAtLogos(page, L"grey");
+        Press(page, IDC_LOGO_DOWNLOAD, L"the download of logos");
+        Press(page, IDC_LOGO_CLEAR, L"to clear the logos");
+        // The converted files go with their rows.
+        while (page.RowCount(IDC_LOGO_LIST) > 0) {
+            page.SelectRow(IDC_LOGO_LIST, 0);
+            Press(page, IDC_LOGO_DELETE, L"to delete a logo");
+        }
+    }
+
   private:
     static std::filesystem::path ControlFontFolder() {
         wchar_t windows[MAX_PATH] = {};
@@ -99,6 +127,29 @@ class Visit {
         page.SelectList(IDC_UTILITY_PAPERS, static_cast<int>(found - papers.begin()));
     }
 
+    // The halftones by turns, each with a little more light than the one before.
+    void SetTones(const Window& page) const {
+        constexpr int kHalftones[] = {IDC_LOGO_DIFFUSE, IDC_LOGO_DITHER_M4, IDC_LOGO_DITHER_M3,
+                                      IDC_LOGO_NONE};
+        for (int row = 0; row < page.RowCount(IDC_LOGO_LIST); ++row) {
+            page.SelectRow(IDC_LOGO_LIST, row);
+            // The preview tells whether there is something to set.
+            UpdateWindow(page.handle());
+            if (page.IsEnabled(IDC_LOGO_NONE)) {
+                page.Click(kHalftones[static_cast<std::size_t>(row) % std::size(kHalftones)]);
+                page.SetSlider(IDC_LOGO_CONTRAST, 20);
+                page.SetSlider(IDC_LOGO_BRIGHTNESS, 10 * row);
+            }
+        }
+    }
+
+    void LookAtLogos(const Window& page, const std::wstring& type) const {
+        for (int row = 0; row < page.RowCount(IDC_LOGO_LIST); ++row) {
+            page.SelectRow(IDC_LOGO_LIST, row);
+            TakePicture(sheet_, L"download-logo-" + type + L"-" + std::to_wstring(row + 1));
+        }
+    }
+
     void TakePicture(const Window& window, const std::wstring& name) const {
         if (options_.pictures) {
             window.Screenshot(*options_.pictures / (name + L".bmp"));
@@ -118,5 +169,6 @@ void PlayPrinter(const UiDriver& driver, const Sheet& sheet, const Options& opti
     visit.KeepPaperSizes();
     visit.GiveCommandToCharacter();
     visit.Download();
+    visit.SendLogos();
     sheet.PressOk();
 }

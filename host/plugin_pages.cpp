@@ -72,9 +72,5 @@ Window OpenControlFont(const UiDriver& driver, const Window& utility_page) {
 
 void SelectControlFontRow(const Window& table, wchar_t character) {
     constexpr wchar_t kFirstRow = L' ';
-    LVITEMW item = {};
-    item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
-    item.state = item.stateMask;
-    table.Send(IDC_CONTROL_TABLE_ROWS, LVM_SETITEMSTATE, static_cast<WPARAM>(character - kFirstRow),
-               reinterpret_cast<LPARAM>(&item));
+    table.SelectRow(IDC_CONTROL_TABLE_ROWS, character - kFirstRow);
 }

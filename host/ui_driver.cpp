@@ -257,6 +257,20 @@ void Window::SelectList(int id, int index) const {
     SendTo(handle_, WM_COMMAND, MAKEWPARAM(id, LBN_SELCHANGE), reinterpret_cast<LPARAM>(control));
 }
 
+int Window::RowCount(int id) const {
+    return static_cast<int>(Send(id, LVM_GETITEMCOUNT));
+}
+
+void Window::SelectRow(int id, int row) const {
+    LVITEMW item = {};
+    item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+    item.state = item.stateMask;
+    if (row >= RowCount(id) || SendTo(UsableControl(id), LVM_SETITEMSTATE, static_cast<WPARAM>(row),
+                                      reinterpret_cast<LPARAM>(&item)) == FALSE) {
+        throw UiError(IdText(id) + " on " + Quoted(Title()) + " has no row " + std::to_string(row));
+    }
+}
+
 void Window::TypeText(int id, std::wstring_view text) const {
     const HWND control = UsableControl(id);
     SendTo(control, EM_SETSEL, 0, -1);

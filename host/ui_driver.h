@@ -70,6 +70,9 @@ class Window {
     std::vector<std::wstring> ListItems(int id) const;
     int ListSelection(int id) const;
     void SelectList(int id, int index) const;
+    // Of a list view in report style. The list tells its parent by itself.
+    int RowCount(int id) const;
+    void SelectRow(int id, int row) const;
 
     // Replaces the text of an edit control by typing, one WM_CHAR for each character; "" deletes it.
     void TypeText(int id, std::wstring_view text) const;

@@ -1,5 +1,6 @@
-// The Download page sends a file to the printer as it is: firmware, data, fonts or the EEPROM's content. It
-// stores nothing, and what the spooler says of the job is not shown.
+// The Download page sends a file to the printer as it is: firmware, data, fonts or the EEPROM's content.
+// Below that it has the logos (logo_group). It stores nothing, and what the spooler says of a job is not
+// shown.
 #include "devpages/download_page.h"
 
 #include <iterator>
@@ -8,6 +9,7 @@
 
 #include "devpages/device_pages.h"
 #include "devpages/file_download.h"
+#include "devpages/logo_group.h"
 #include "intrface/win/help_tips.h"
 #include "intrface/win/open_file.h"
 #include "intrface/win/page.h"
@@ -35,6 +37,7 @@ void PageOpened(HWND dialog) {
     DownloadPageTexts().ApplyTo(dialog);
     // What is not read must not be typed: a path that is cut may be another file's.
     SendDlgItemMessageW(dialog, IDC_DOWNLOAD_PATH, EM_LIMITTEXT, kReadPathLength, 0);
+    LogoGroupOpened(dialog);
     AttachHelp(dialog, DownloadPageHelp(), DownloadHelpProc);
 }
 
@@ -103,8 +106,17 @@ INT_PTR ControlUsed(HWND dialog, const DeviceSheetContext& context, int control,
             }
             return TRUE;
         default:
-            return FALSE;
+            return LogoControlUsed(dialog, context.Printer(), control, notification) ? TRUE : FALSE;
     }
+}
+
+// The preview is drawn over the page once that is painted.
+void PagePainted(HWND dialog) {
+    ReloadTexts(dialog, DownloadPageTexts(), DownloadPageHelp());
+    PAINTSTRUCT paint{};
+    BeginPaint(dialog, &paint);
+    EndPaint(dialog, &paint);
+    LogoGroupPainted(dialog);
 }
 
 INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -120,13 +132,23 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
             }
             return FALSE;
         case WM_PAINT:
-            ReloadTexts(dialog, DownloadPageTexts(), DownloadPageHelp());
-            return FALSE;
+            PagePainted(dialog);
+            return TRUE;
+        case WM_DRAWITEM:
+            return lParam != 0 &&
+                   LogoFrameUncovered(dialog, *reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
         case WM_COMMAND:
             return ControlUsed(dialog, *context, LOWORD(wParam), HIWORD(wParam));
+        case WM_HSCROLL:
+            LogoSliderMoved(dialog, reinterpret_cast<HWND>(lParam), LOWORD(wParam));
+            return TRUE;
         case WM_NOTIFY:
+            if (lParam != 0 && LogoNotified(dialog, *reinterpret_cast<const NMHDR*>(lParam))) {
+                return TRUE;
+            }
             return AnswerSheet(dialog, lParam, [&] { ReportDeviceApplied(dialog, *context); });
         case WM_NCDESTROY:
+            LogoGroupClosed(dialog);
             UnmarkPage(dialog);
             return FALSE;
         default:

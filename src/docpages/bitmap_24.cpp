@@ -6,53 +6,21 @@
 #include <limits>
 
 #include "base/platform.h"
+#include "printer/bitmap_headers.h"
 
 namespace {
 
-constexpr std::size_t kFileHeaderSize = 14;
-constexpr std::size_t kHeadersSize = kFileHeaderSize + 40;
+using namespace bitmap_file;
 
 // Both headers as they lie in the file.
 using Headers = std::array<std::uint8_t, kHeadersSize>;
 
-constexpr std::size_t kTypeAt = 0;
-constexpr std::size_t kTotalSizeAt = 2;
-constexpr std::size_t kPixelOffsetAt = 10;
-constexpr std::size_t kInfoSizeAt = 14;
-constexpr std::size_t kWidthAt = 18;
-constexpr std::size_t kHeightAt = 22;
-constexpr std::size_t kPlanesAt = 26;
-constexpr std::size_t kBitCountAt = 28;
-constexpr std::size_t kCompressionAt = 30;
-constexpr std::size_t kImageSizeAt = 34;
-
-constexpr std::uint16_t kBitmapType = 0x4D42;  // "BM"
 constexpr std::uint16_t kBitCount24 = 24;
-constexpr std::uint32_t kInfoSize = 40;
-constexpr std::uint32_t kUncompressed = 0;
 
 // Where the pixels of each layout begin.
 constexpr std::uint32_t kOffset1Bit = 62;
 constexpr std::uint32_t kOffset8Bit = 1078;
 constexpr std::uint32_t kOffset24Bit = 54;
-
-std::uint16_t Get16(const Headers& headers, std::size_t at) noexcept {
-    return static_cast<std::uint16_t>(headers[at] | headers[at + 1] << 8);
-}
-
-std::uint32_t Get32(const Headers& headers, std::size_t at) noexcept {
-    return Get16(headers, at) | std::uint32_t{Get16(headers, at + 2)} << 16;
-}
-
-void Put16(Headers& headers, std::size_t at, std::uint16_t value) noexcept {
-    headers[at] = static_cast<std::uint8_t>(value & 0xFF);
-    headers[at + 1] = static_cast<std::uint8_t>(value >> 8);
-}
-
-void Put32(Headers& headers, std::size_t at, std::uint32_t value) noexcept {
-    Put16(headers, at, static_cast<std::uint16_t>(value & 0xFFFF));
-    Put16(headers, at + 2, static_cast<std::uint16_t>(value >> 16));
-}
 
 // A palette entry in the file.
 struct PaletteEntry {
@@ -98,8 +66,8 @@ struct Size {
 // FALSE for a size that no file has: a negative width, or more bytes than a signed 32-bit size counts.
 bool ResultSize(const Headers& headers, Size& size) noexcept {
     constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
-    const std::int64_t width = static_cast<std::int32_t>(Get32(headers, kWidthAt));
-    const std::int64_t height = static_cast<std::int32_t>(Get32(headers, kHeightAt));
+    const std::int64_t width = static_cast<std::int32_t>(Get32(&headers[kWidthAt]));
+    const std::int64_t height = static_cast<std::int32_t>(Get32(&headers[kHeightAt]));
     const std::int64_t rowBytes = (width * 3 + 3) / 4 * 4;
     if (width < 0 || rowBytes > kMost) {
         return false;
@@ -181,14 +149,14 @@ void TracePalette(const std::array<PaletteEntry, 2>& palette) noexcept {
 BitmapConversion ConvertTo24Bitmap(ByteSource& source, ByteSink& sink) noexcept {
     Headers headers{};
     source.Read(std::span(headers).first(kFileHeaderSize));
-    const std::uint32_t offset = Get32(headers, kPixelOffsetAt);
-    if (Get16(headers, kTypeAt) != kBitmapType ||
+    const std::uint32_t offset = Get32(&headers[kPixelOffsetAt]);
+    if (Get16(&headers[kTypeAt]) != kType ||
         (offset != kOffset1Bit && offset != kOffset8Bit && offset != kOffset24Bit)) {
         return BitmapConversion::kRefused;
     }
     source.Read(std::span(headers).subspan(kFileHeaderSize));
     if (offset == kOffset24Bit) {
-        if (Get16(headers, kBitCountAt) != kBitCount24) {
+        if (Get16(&headers[kBitCountAt]) != kBitCount24) {
             TRACE_VERBOSE(TEXT16("UI:  ChangeTo24Bitmap not 24 bitcount\r\n"));
             return BitmapConversion::kRefused;
         }
@@ -200,11 +168,11 @@ BitmapConversion ConvertTo24Bitmap(ByteSource& source, ByteSink& sink) noexcept 
         MissingPixels(source.Size(), offset, size, layout) > kMaxMissingPixels) {
         return BitmapConversion::kRefused;
     }
-    Put32(headers, kTotalSizeAt, size.totalSize);
-    Put32(headers, kPixelOffsetAt, kOffset24Bit);
-    Put16(headers, kBitCountAt, kBitCount24);
+    Put32(&headers[kFileSizeAt], size.totalSize);
+    Put32(&headers[kPixelOffsetAt], kOffset24Bit);
+    Put16(&headers[kBitCountAt], kBitCount24);
     if (offset == kOffset8Bit) {
-        Put32(headers, kImageSizeAt, 0);
+        Put32(&headers[kImageSizeAt], 0);
     }
     if (!sink.Write(headers)) {
         return BitmapConversion::kRefused;
@@ -228,17 +196,17 @@ BitmapConversion ConvertTo24Bitmap(ByteSource& source, ByteSink& sink) noexcept 
 std::optional<PixelSize> WholeBitmapSize(ByteSource& source) noexcept {
     Headers headers{};
     source.Read(headers);
-    const std::uint32_t offset = Get32(headers, kPixelOffsetAt);
-    const unsigned bits = Get16(headers, kBitCountAt);
+    const std::uint32_t offset = Get32(&headers[kPixelOffsetAt]);
+    const unsigned bits = Get16(&headers[kBitCountAt]);
     const bool isLayout = (offset == kOffset1Bit && bits == k1Bit.bits) ||
                           (offset == kOffset8Bit && bits == k8Bit.bits) ||
                           (offset == kOffset24Bit && bits == kBitCount24);
-    if (Get16(headers, kTypeAt) != kBitmapType || Get32(headers, kInfoSizeAt) != kInfoSize || !isLayout ||
-        Get16(headers, kPlanesAt) != 1 || Get32(headers, kCompressionAt) != kUncompressed) {
+    if (Get16(&headers[kTypeAt]) != kType || Get32(&headers[kInfoSizeAt]) != kInfoSize || !isLayout ||
+        Get16(&headers[kPlanesAt]) != 1 || Get32(&headers[kCompressionAt]) != kUncompressed) {
         return std::nullopt;
     }
-    const auto width = static_cast<std::int32_t>(Get32(headers, kWidthAt));
-    const auto height = static_cast<std::int32_t>(Get32(headers, kHeightAt));
+    const auto width = static_cast<std::int32_t>(Get32(&headers[kWidthAt]));
+    const auto height = static_cast<std::int32_t>(Get32(&headers[kHeightAt]));
     if (width <= 0 || height == 0 || height == std::numeric_limits<std::int32_t>::min()) {
         return std::nullopt;
     }

@@ -20,22 +20,11 @@
 #include <array>
 #include <limits>
 
+#include "printer/bitmap_headers.h"
+
 namespace {
 
-constexpr std::size_t kHeadersSize = 54;
-constexpr std::size_t kTypeAt = 0;
-constexpr std::size_t kFileSizeAt = 2;
-constexpr std::size_t kPixelOffsetAt = 10;
-constexpr std::size_t kInfoSizeAt = 14;
-constexpr std::size_t kWidthAt = 18;
-constexpr std::size_t kHeightAt = 22;
-constexpr std::size_t kPlanesAt = 26;
-constexpr std::size_t kBitCountAt = 28;
-constexpr std::size_t kCompressionAt = 30;
-constexpr std::size_t kImageSizeAt = 34;
-
-constexpr std::uint32_t kInfoSize = 40;
-constexpr std::size_t kPaletteEntrySize = 4;
+using namespace bitmap_file;
 
 // Where the pixels of a plain file begin: behind as many palette entries as a pixel has values.
 constexpr std::size_t PixelOffset(unsigned bitCount) noexcept {
@@ -52,33 +41,27 @@ std::array<std::uint8_t, N> FirstBytes(std::span<const std::uint8_t> file) noexc
     return bytes;
 }
 
-template <std::size_t N>
-std::uint16_t Get16(const std::array<std::uint8_t, N>& bytes, std::size_t at) noexcept {
-    return static_cast<std::uint16_t>(bytes[at] | bytes[at + 1] << 8);
-}
-
-template <std::size_t N>
-std::uint32_t Get32(const std::array<std::uint8_t, N>& bytes, std::size_t at) noexcept {
-    return Get16(bytes, at) | std::uint32_t{Get16(bytes, at + 2)} << 16;
-}
-
-void Put16(std::uint8_t* to, std::uint32_t value) noexcept {
-    to[0] = static_cast<std::uint8_t>(value & 0xFF);
-    to[1] = static_cast<std::uint8_t>(value >> 8 & 0xFF);
-}
-
-void Put32(std::uint8_t* to, std::uint32_t value) noexcept {
-    Put16(to, value);
-    Put16(to + 2, value >> 16);
-}
-
 }  // namespace
 
 BitmapHeaders ReadBitmapHeaders(std::span<const std::uint8_t> file) noexcept {
     const auto bytes = FirstBytes<kHeadersSize>(file);
-    return {Get16(bytes, kTypeAt), static_cast<std::int32_t>(Get32(bytes, kWidthAt)),
-            static_cast<std::int32_t>(Get32(bytes, kHeightAt)), Get16(bytes, kBitCountAt),
-            Get32(bytes, kCompressionAt)};
+    return {.type = Get16(&bytes[kTypeAt]),
+            .pixelOffset = Get32(&bytes[kPixelOffsetAt]),
+            .width = static_cast<std::int32_t>(Get32(&bytes[kWidthAt])),
+            .height = static_cast<std::int32_t>(Get32(&bytes[kHeightAt])),
+            .bitCount = Get16(&bytes[kBitCountAt]),
+            .compression = Get32(&bytes[kCompressionAt])};
+}
+
+std::uint64_t UsedBytes(const BitmapHeaders& headers) noexcept {
+    const auto width = static_cast<std::uint64_t>(std::max(headers.width, 0));
+    const std::int64_t height = headers.height;
+    const auto rows = static_cast<std::uint64_t>(height < 0 ? -height : height);
+    const std::uint64_t rowBytes = (width * headers.bitCount + 31) / 32 * 4;
+    const std::uint64_t offset = std::max<std::uint64_t>(
+        headers.pixelOffset, headers.bitCount <= kGreyBits ? PixelOffset(headers.bitCount) : kHeadersSize);
+    constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+    return rows != 0 && rowBytes > (kMost - offset) / rows ? kMost : offset + rowBytes * rows;
 }
 
 std::optional<LogoPicture> LogoPicture::Read(std::span<const std::uint8_t> file) {
@@ -87,8 +70,8 @@ std::optional<LogoPicture> LogoPicture::Read(std::span<const std::uint8_t> file)
     const BitmapHeaders headers = ReadBitmapHeaders(file);
     const unsigned bits = headers.bitCount;
     const bool isDepth = bits == kMonoBits || bits == kGreyBits || bits == kColourBits;
-    if (headers.type != kBitmapType || headers.compression != kUncompressed || !isDepth ||
-        headers.width <= 0 || headers.height == 0) {
+    if (headers.type != kType || headers.compression != kUncompressed || !isDepth || headers.width <= 0 ||
+        headers.height == 0) {
         return std::nullopt;
     }
     const auto width = static_cast<std::uint64_t>(headers.width);
@@ -132,7 +115,7 @@ LogoFile::LogoFile(const LogoPicture& picture, unsigned bitCount, std::vector<st
     const std::size_t imageSize = rowBytes_ * picture.Rows();
     bytes.assign(offset + imageSize, 0);
     const auto rows = static_cast<std::uint32_t>(picture.Rows());
-    Put16(&bytes[kTypeAt], kBitmapType);
+    Put16(&bytes[kTypeAt], kType);
     Put32(&bytes[kFileSizeAt], static_cast<std::uint32_t>(bytes.size()));
     Put32(&bytes[kPixelOffsetAt], static_cast<std::uint32_t>(offset));
     Put32(&bytes[kInfoSizeAt], kInfoSize);

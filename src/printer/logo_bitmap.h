@@ -7,9 +7,6 @@
 #include <span>
 #include <vector>
 
-constexpr std::uint16_t kBitmapType = 19778;  // "BM"
-constexpr std::uint32_t kUncompressed = 0;
-
 // The bit counts of a pixel.
 constexpr unsigned kMonoBits = 1;
 constexpr unsigned kGreyBits = 8;
@@ -18,6 +15,7 @@ constexpr unsigned kColourBits = 24;
 // What counts of a bitmap file's headers.
 struct BitmapHeaders {
     std::uint16_t type;
+    std::uint32_t pixelOffset;
     std::int32_t width;
     std::int32_t height;  // negative: the rows are stored from the top
     std::uint16_t bitCount;
@@ -26,6 +24,10 @@ struct BitmapHeaders {
 
 // Bytes that the file lacks are 0.
 BitmapHeaders ReadBitmapHeaders(std::span<const std::uint8_t> file) noexcept;
+
+// Up to where a file with these headers is read, in bytes: behind its last row. All bits set for more than 64
+// bits count.
+std::uint64_t UsedBytes(const BitmapHeaders& headers) noexcept;
 
 // A row's bytes, padded to a multiple of 4.
 constexpr std::size_t BitmapRowBytes(std::size_t width, unsigned bitCount) noexcept {

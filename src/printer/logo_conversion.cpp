@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 
+#include "printer/bitmap_headers.h"
 #include "printer/logo_bitmap.h"
 #include "printer/logo_grey.h"
 #include "printer/logo_halftone.h"
@@ -184,8 +185,8 @@ LogoConversion ConvertToGrey(std::span<const std::uint8_t> source, unsigned bitC
 LogoConversion ConvertToMono(std::span<const std::uint8_t> source, unsigned bitCount, Halftone halftone,
                              const LogoTone& tone, std::vector<std::uint8_t>& output) {
     const BitmapHeaders headers = ReadBitmapHeaders(source);
-    if (headers.type == kBitmapType && headers.bitCount == kMonoBits &&
-        headers.compression == kUncompressed) {
+    if (headers.type == bitmap_file::kType && headers.bitCount == kMonoBits &&
+        headers.compression == bitmap_file::kUncompressed) {
         return LogoConversion::kAlreadyMono;
     }
     const auto picture = ReadPicture(source, bitCount);

@@ -32,26 +32,36 @@ constexpr std::array<Thresholds, kRows> MatrixOf(const EntryOf& entryOf) noexcep
 // that of a black one. Pixels beyond the width stay black.
 template <typename WhiteOf>
 void PackRow(std::size_t width, std::uint8_t* bits, const WhiteOf& whiteOf) noexcept {
-    for (std::size_t x = 0; x < width; x += 2 * kLanes) {
-        const std::uint32_t white = PackedWorths(whiteOf(x), whiteOf(x + kLanes));
-        std::memcpy(bits + x / 8, &white, sizeof(white));
+    const std::size_t rowBytes = PaddedWidth(width) / 8;
+    std::size_t byte = 0;
+    for (; byte + 8 <= rowBytes; byte += 8) {
+        const std::size_t x = 8 * byte;
+        const std::uint64_t white =
+            PackedWorths(whiteOf(x), whiteOf(x + kLanes), whiteOf(x + 2 * kLanes), whiteOf(x + 3 * kLanes));
+        std::memcpy(bits + byte, &white, sizeof(white));
+    }
+    if (byte < rowBytes) {
+        const std::uint32_t white = PackedWorths(whiteOf(8 * byte), whiteOf(8 * byte + kLanes));
+        std::memcpy(bits + byte, &white, sizeof(white));
     }
     if (width % 8 != 0) {
         bits[width / 8] = static_cast<std::uint8_t>(bits[width / 8] & (0xFF00 >> width % 8));
     }
     const std::size_t used = (width + 7) / 8;
-    std::fill(bits + used, bits + PaddedWidth(width) / 8, std::uint8_t{0});
+    std::fill(bits + used, bits + rowBytes, std::uint8_t{0});
 }
 
 }  // namespace
 
-// Both are bound by a dozen instructions for sixteen pixels.
+// Both are bound by seven instructions for sixteen pixels.
 void PackAtLeast(const Thresholds& thresholds, const std::uint8_t* grey, std::size_t width,
                  std::uint8_t* bits) noexcept {
-    const __m128i least = LoadLanes(thresholds.data());
+    const __m128i all = _mm_set1_epi8(-1);
+    // What reaches the threshold reaches the highest level when it is given what the threshold lacks of that.
+    const __m128i lacking = _mm_xor_si128(LoadLanes(thresholds.data()), all);
     PackRow(width, bits, [&](std::size_t x) {
-        const __m128i lanes = LoadLanes(grey + x);
-        return _mm_and_si128(_mm_cmpeq_epi8(_mm_max_epu8(lanes, least), lanes), BitWorths());
+        const __m128i raised = _mm_adds_epu8(LoadLanes(grey + x), lacking);
+        return _mm_and_si128(_mm_cmpeq_epi8(raised, all), BitWorths());
     });
 }
 
@@ -59,8 +69,8 @@ void PackAbove(const Thresholds& thresholds, const std::uint8_t* grey, std::size
                std::uint8_t* bits) noexcept {
     const __m128i most = LoadLanes(thresholds.data());
     PackRow(width, bits, [&](std::size_t x) {
-        const __m128i lanes = LoadLanes(grey + x);
-        return _mm_andnot_si128(_mm_cmpeq_epi8(_mm_min_epu8(lanes, most), lanes), BitWorths());
+        const __m128i excess = _mm_subs_epu8(LoadLanes(grey + x), most);
+        return _mm_andnot_si128(_mm_cmpeq_epi8(excess, _mm_setzero_si128()), BitWorths());
     });
 }
 

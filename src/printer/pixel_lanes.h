@@ -27,12 +27,22 @@ inline __m128i BitWorths() noexcept {
     return _mm_set1_epi64x(0x0102040810204080);
 }
 
-// 32 pixels as the four bytes of a row. Each lane has its bit's worth, or nothing: a byte is the sum of
+// The bytes of pixels in a row, 32 bits each. Each lane has its bit's worth, or nothing: a byte is the sum of
 // eight.
-inline std::uint32_t PackedWorths(__m128i first, __m128i second) noexcept {
+inline __m128i SumsOfWorths(__m128i first, __m128i second) noexcept {
     const __m128i none = _mm_setzero_si128();
-    // Bytes 0 and 1 lie in the lanes 0 and 8, bytes 2 and 3 two lanes behind them.
-    const __m128i sums =
-        _mm_or_si128(_mm_sad_epu8(first, none), _mm_slli_epi64(_mm_sad_epu8(second, none), 16));
-    return static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_or_si128(sums, _mm_srli_si128(sums, 7))));
+    return _mm_packs_epi32(_mm_sad_epu8(first, none), _mm_sad_epu8(second, none));
+}
+
+// 32 pixels as the four bytes of a row, by their worths.
+inline std::uint32_t PackedWorths(__m128i first, __m128i second) noexcept {
+    const __m128i sums = SumsOfWorths(first, second);
+    const __m128i words = _mm_packs_epi32(sums, sums);
+    return static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_packus_epi16(words, words)));
+}
+
+// 64 pixels as eight bytes.
+inline std::uint64_t PackedWorths(__m128i first, __m128i second, __m128i third, __m128i fourth) noexcept {
+    const __m128i words = _mm_packs_epi32(SumsOfWorths(first, second), SumsOfWorths(third, fourth));
+    return static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_packus_epi16(words, words)));
 }

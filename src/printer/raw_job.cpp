@@ -2,53 +2,67 @@
 
 #include <winspool.h>
 
+#include <utility>
+
 #include "printer/spooler_input.h"
 
-namespace {
-
-using Pieces = std::span<const std::vector<std::uint8_t>>;
-
-bool WritePieces(HANDLE printer, Pieces pieces, std::uint64_t& written) noexcept {
-    for (const std::vector<std::uint8_t>& piece : pieces) {
-        // The spooler refuses a null pointer even for no bytes.
-        const std::uint8_t nothing = 0;
-        const std::uint8_t* bytes = piece.empty() ? &nothing : piece.data();
-        DWORD count = 0;
-        if (!WritePrinter(printer, SpoolerInput(bytes), static_cast<DWORD>(piece.size()), &count)) {
-            return false;
-        }
-        written += count;
-    }
-    return true;
-}
-
-// What was started is ended, whether or not what lies between succeeded.
-bool SendPage(HANDLE printer, Pieces pieces, std::uint64_t& written) noexcept {
-    if (!StartPagePrinter(printer)) {
-        return false;
-    }
-    const bool isWritten = WritePieces(printer, pieces, written);
-    return EndPagePrinter(printer) && isWritten;
-}
-
-bool SendDocument(HANDLE printer, const wchar_t* name, Pieces pieces, std::uint64_t& written) noexcept {
+RawJob::RawJob(HANDLE printer, const wchar_t* name) noexcept : printer_(printer) {
     DOC_INFO_1W document{};
     document.pDocName = SpoolerInput(name);
     document.pDatatype = SpoolerInput(L"RAW");
-    if (StartDocPrinterW(printer, 1, reinterpret_cast<BYTE*>(&document)) == 0) {
-        return false;
+    isDocumentOpen_ = StartDocPrinterW(printer, 1, reinterpret_cast<BYTE*>(&document)) != 0;
+    isPageOpen_ = isDocumentOpen_ && StartPagePrinter(printer);
+    succeeded_ = isPageOpen_;
+    if (!succeeded_) {
+        End();
     }
-    const bool isSent = SendPage(printer, pieces, written);
-    return EndDocPrinter(printer) && isSent;
 }
 
-}  // namespace
+bool RawJob::Write(std::span<const std::uint8_t> piece) noexcept {
+    if (!isPageOpen_) {
+        return false;
+    }
+    // The spooler refuses a null pointer even for no bytes.
+    const std::uint8_t nothing = 0;
+    const std::uint8_t* bytes = piece.empty() ? &nothing : piece.data();
+    DWORD count = 0;
+    if (!WritePrinter(printer_, SpoolerInput(bytes), static_cast<DWORD>(piece.size()), &count)) {
+        succeeded_ = false;
+        End();
+        return false;
+    }
+    written_ += count;
+    return true;
+}
 
-bool SendRawJob(HANDLE printer, const wchar_t* name, Pieces pieces, std::uint64_t* written) noexcept {
-    std::uint64_t count = 0;
-    const bool isSent = SendDocument(printer, name, pieces, count);
+// What was started is ended, the page before the document, whether or not what lies between succeeded.
+bool RawJob::End() noexcept {
+    if (std::exchange(isPageOpen_, false) && !EndPagePrinter(printer_)) {
+        succeeded_ = false;
+    }
+    if (std::exchange(isDocumentOpen_, false) && !EndDocPrinter(printer_)) {
+        succeeded_ = false;
+    }
+    return succeeded_;
+}
+
+void RawJob::Abandon() noexcept {
+    isPageOpen_ = false;
+    isDocumentOpen_ = false;
+    succeeded_ = false;
+}
+
+bool SendRawJob(HANDLE printer, const wchar_t* name, std::span<const std::vector<std::uint8_t>> pieces,
+                std::uint64_t* written) noexcept {
+    RawJob job(printer, name);
+    for (const std::vector<std::uint8_t>& piece : pieces) {
+        if (!job.Write(piece)) {
+            break;
+        }
+    }
+    const bool isSent = job.End();
     if (written != nullptr) {
-        *written = count;
+        *written = job.Written();
     }
     return isSent;
 }

@@ -15,10 +15,37 @@ inline constexpr wchar_t kSelfTestJob[] = L"SELFTEST";
 inline constexpr wchar_t kFirmwareJob[] = L"FIRMWARE";  // fonts too
 inline constexpr wchar_t kLogoJob[] = L"LOGO";
 
-// Sends the pieces as one page, each whole and with a write of its own, and returns when the spooler has
-// them. The first failure ends the job: what was written before stays in it. TRUE when every call succeeded.
-//
-// `written` gets how many bytes the spooler says that it took, which may be fewer than it was given. A piece
-// has no more than 32 bits can count. The handle is the host's; null or a stale one fails.
+// A job of one page while it is written. The first call that fails ends it, in the spooler too: what was
+// written before stays in it. The handle is the host's; null or a stale one fails.
+class RawJob {
+  public:
+    RawJob(HANDLE printer, const wchar_t* name) noexcept;
+    RawJob(const RawJob&) = delete;
+    RawJob& operator=(const RawJob&) = delete;
+    ~RawJob() { End(); }
+
+    // Hands a piece to the spooler in one write, also an empty one. FALSE when the job is at its end. A piece
+    // has no more bytes than 32 bits count.
+    bool Write(std::span<const std::uint8_t> piece) noexcept;
+
+    // How many bytes the spooler says that it took, which may be fewer than it was given.
+    std::uint64_t Written() const noexcept { return written_; }
+
+    // TRUE when this and every call before succeeded.
+    bool End() noexcept;
+
+    // Leaves page and document as they are, for good.
+    void Abandon() noexcept;
+
+  private:
+    HANDLE printer_;
+    bool isDocumentOpen_ = false;
+    bool isPageOpen_ = false;
+    bool succeeded_ = false;
+    std::uint64_t written_ = 0;
+};
+
+// Sends the pieces as one job, each with a write of its own, and returns when the spooler has them. TRUE when
+// every call succeeded. `written` gets the bytes that the spooler took.
 bool SendRawJob(HANDLE printer, const wchar_t* name, std::span<const std::vector<std::uint8_t>> pieces,
                 std::uint64_t* written = nullptr) noexcept;

@@ -5,6 +5,8 @@
 
 #include <commctrl.h>
 
+#include <iterator>
+
 struct ListColumn {
     const wchar_t* title;
     int width;  // pixels
@@ -32,13 +34,28 @@ void AddColumns(HWND list, const ListColumn (&columns)[N]) noexcept {
     SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_FULLROWSELECT, LVS_EX_FULLROWSELECT);
 }
 
-// A new row with the text of its first column.
-inline void AddRow(HWND list, int row, const wchar_t* text) noexcept {
+// Changes a column's title, unless it is that already: the heading is painted anew for it.
+inline void SetColumnTitle(HWND list, int column, const wchar_t* title) noexcept {
+    wchar_t shown[256] = {};
+    LVCOLUMNW description{};
+    description.mask = LVCF_TEXT;
+    description.pszText = shown;
+    description.cchTextMax = static_cast<int>(std::size(shown));
+    SendMessageW(list, LVM_GETCOLUMNW, static_cast<WPARAM>(column), reinterpret_cast<LPARAM>(&description));
+    if (lstrcmpW(shown, title) != 0) {
+        description.pszText = ListText(title);
+        SendMessageW(list, LVM_SETCOLUMNW, static_cast<WPARAM>(column),
+                     reinterpret_cast<LPARAM>(&description));
+    }
+}
+
+// A new row with the text of its first column. Gives the row, -1 where the list takes no more.
+inline int AddRow(HWND list, int row, const wchar_t* text) noexcept {
     LVITEMW item{};
     item.mask = LVIF_TEXT;
     item.iItem = row;
     item.pszText = ListText(text);
-    SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    return static_cast<int>(SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item)));
 }
 
 inline void SetCell(HWND list, int row, int column, const wchar_t* text) noexcept {

@@ -1,0 +1,32 @@
+// The logos of an open Download page, and sending them.
+#pragma once
+
+#include <windows.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "devpages/logo_rules.h"
+#include "language/messages.h"
+#include "printer/logo_file.h"
+
+struct Logo {
+    std::wstring path;
+    LogoSettings settings;
+};
+
+// In the order of the list, which is that of their numbers in the printer.
+using Logos = std::vector<Logo>;
+
+// Writes a logo's converted file as its type asks for. `output` gets the path of the result. Never throws.
+LogoStatus ConvertLogo(const Logo& logo, LogoType type, std::wstring& output, LogoBuffers& buffers) noexcept;
+
+// What keeps the logos from being sent: there are none, a size cannot be told, or the printer's memory is too
+// small. The size of a logo is that of its converted file, or of its own where there is none.
+std::optional<Message> ReasonNotToSend(const Logos& logos);
+
+// Sends all logos as one job. Nothing is reported: the spooler's failures and a logo that cannot be made into
+// a raster end the job. One whose file is not black and white where that is to be sent leaves the spooler's
+// page and document as they are. May throw bad_alloc; the job is ended then.
+void SendLogos(HANDLE printer, const Logos& logos, LogoType type);
