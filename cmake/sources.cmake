@@ -37,6 +37,7 @@ set(WIN32_SOURCES
   src/devpages/download_page.cpp
   src/devpages/file_download.cpp
   src/devpages/font_page.cpp
+  src/devpages/logo_file.cpp
   src/devpages/logo_group.cpp
   src/devpages/logo_list.cpp
   src/devpages/logo_preview.cpp
@@ -77,6 +78,5 @@ set(WIN32_SOURCES
   src/language/registry_choice.cpp
   src/language/text_lookup.cpp
   src/language/text_table.cpp
-  src/printer/logo_file.cpp
   src/printer/raw_job.cpp
 )

@@ -146,8 +146,8 @@ COUNTED = {0x48: "Code 93", 0x49: "Code 128"}
 ANY_BYTES = {"PDF417", "QR Code"}
 
 MAXIMUM_LOGOS = 9
-# A logo is at most 1024 dots wide and 768 high: eight dots a byte across, rows in units of eight; a grey one has half a
-# byte a dot, which its header counts as rows four times as high.
+# A logo is at most 1024 dots wide and 768 high: eight dots a byte across, rows in units of eight; the header of a grey
+# one counts four rows of bits for each of dots, so that two rows of dots are a unit.
 LOGO_COLUMNS = between(1, 128)
 LOGO_ROWS = between(1, 96)
 GREY_ROWS = between(1, 384)
@@ -243,6 +243,9 @@ def logos(cursor: Cursor, grey: bool) -> Iterator[Command]:
     yield cursor.command("store_logos", f"store {count} {kind} logo{'s' if count > 1 else ''}", count=count, grey=grey)
     for number in range(1, count + 1):
         cursor = Cursor(cursor.job, cursor.at)
+        if cursor.at == len(cursor.job):
+            reason = f"the job ends with {number - 1} of {count} logos: a printer takes what comes next for the others"
+            raise DecodeError(cursor.at, reason)
         yield logo(cursor, number, count, grey)
 
 

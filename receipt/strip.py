@@ -43,6 +43,16 @@ class Symbol:
 
 
 @dataclass(frozen=True)
+class Logo:
+    """A logo that went into the printer: `picture` has every dot, in 1 bit or 16 grey levels; `box` is where the strip
+    shows it."""
+
+    offset: int
+    picture: Image.Image
+    box: Box
+
+
+@dataclass(frozen=True)
 class Note:
     """Something to know about the command at `offset`; a failure is a command that prints nothing."""
 
@@ -61,7 +71,7 @@ class Strip:
     image: Image.Image
     symbols: list[Symbol] = field(default_factory=list)
     notes: list[Note] = field(default_factory=list)
-    logos: list[Image.Image] = field(default_factory=list)
+    logos: list[Logo] = field(default_factory=list)
     cuts: list[int] = field(default_factory=list)
     too_long: bool = False  # ends before the job does
 
@@ -98,7 +108,7 @@ def draw_text(text: str, number: int) -> Image.Image:
 
 
 def logo_picture(values: dict) -> Image.Image:
-    """A stored logo as it will be printed. A set bit is dark.
+    """A stored logo as it will be printed, with the white dots that fill its last bytes. A set bit is dark.
 
     Black and white: column after column, eight dots a byte, the highest bit on top. Grey: row after row, each as four
     planes of the level's bits, the highest bit first.
@@ -106,7 +116,7 @@ def logo_picture(values: dict) -> Image.Image:
     width, height, raster = values["width"], values["height"], values["raster"]
     if not values["grey"]:
         columns = Image.frombytes("1", (height, width), raster)
-        return ImageChops.invert(columns.convert("L").transpose(Image.TRANSPOSE))
+        return ImageChops.invert(columns.transpose(Image.TRANSPOSE))
     across = width // 8
     darkness = Image.new("L", (width, height))
     for plane in range(4):
@@ -228,12 +238,12 @@ class Paper:
 
     def store_logo(self, command: Command) -> None:
         picture = logo_picture(command.values)
-        self.strip.logos.append(picture)
+        shown = picture.convert("L")
         self.remark(f"{command.meaning}, stored, not printed:")
         if picture.width > PRINTABLE:
             self.note(command, f"the logo is {picture.width} dots wide, the paper has {PRINTABLE}; it is shown smaller")
-            picture = picture.resize((PRINTABLE, max(picture.height * PRINTABLE // picture.width, 1)), Image.BOX)
-        self.paste(picture, MARGIN)
+            shown = shown.resize((PRINTABLE, max(picture.height * PRINTABLE // picture.width, 1)), Image.BOX)
+        self.strip.logos.append(Logo(command.offset, picture, self.paste(shown, MARGIN)))
 
     def take(self, command: Command) -> None:
         name = command.name

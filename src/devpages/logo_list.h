@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "devpages/logo_file.h"
 #include "devpages/logo_rules.h"
 #include "language/messages.h"
-#include "printer/logo_file.h"
 
 struct Logo {
     std::wstring path;

@@ -4,7 +4,23 @@
 import random
 import unittest
 
-from jobs import CLOSE, END, JOBS, OPEN, hexed, joined, linear
+from jobs import (
+    CLOSE,
+    END,
+    GREY_5_X_3,
+    GREY_16_X_1,
+    JOBS,
+    LOGO_1_X_1,
+    LOGO_8_X_9,
+    LOGO_10_X_8,
+    NINE_LOGOS,
+    OPEN,
+    grey_logos,
+    hexed,
+    joined,
+    linear,
+    logos,
+)
 
 import receipt
 
@@ -210,8 +226,38 @@ class EachCommand(Decoding):
         raster = "00" * (128 * 96 * 8)
         found = self.decoded([OPEN, "1C 71 01", "80 00 60 00" + raster, "0A", CLOSE])
         self.assertEqual((found[2][2]["width"], found[2][2]["height"]), (1024, 768))
+        # 767 rows come as 768.
         found = self.decoded([OPEN, "1C 72 01", "01 00 80 00 80 01" + raster * 4, "0A", CLOSE])
         self.assertEqual((found[2][2]["width"], found[2][2]["height"]), (1024, 768))
+
+    def test_sizes_of_logos(self):
+        # Rows of four bytes however few dots they have, columns of whole bytes.
+        for raster, size in (
+            (LOGO_10_X_8, "32 x 8 dots, 32 bytes of raster"),
+            (LOGO_1_X_1, "32 x 8 dots, 32 bytes of raster"),
+            (LOGO_8_X_9, "32 x 16 dots, 64 bytes of raster"),
+        ):
+            found = self.decoded(logos(raster))
+            self.assertEqual(found[2][:2], (7, f"logo 1 of 1: {size}"))
+            self.assertEqual(found[2][2]["raster"], bytes.fromhex(raster)[4:])
+        # In grey rows of whole bytes, and an even number of them.
+        for raster, size in (
+            (GREY_5_X_3, "8 x 4 dots, 16 grey levels, 16 bytes of raster"),
+            (GREY_16_X_1, "16 x 2 dots, 16 grey levels, 16 bytes of raster"),
+        ):
+            found = self.decoded(grey_logos(raster))
+            self.assertEqual(found[2][:2], (7, f"logo 1 of 1: {size}"))
+            self.assertEqual(found[2][2]["raster"], bytes.fromhex(raster)[6:])
+
+    def test_nine_logos(self):
+        found = self.decoded(logos(*NINE_LOGOS))
+        self.assertEqual(found[1][1], "store 9 black-and-white logos")
+        for number in range(1, 10):
+            offset, meaning, values = found[1 + number]
+            self.assertEqual(offset, 7 + 36 * (number - 1))
+            self.assertEqual(meaning, f"logo {number} of 9: 32 x 8 dots, 32 bytes of raster")
+            self.assertEqual(values["raster"], b"\xff" * number + bytes(32 - number))
+        self.assertEqual([found[11][0], found[12][0]], [7 + 36 * 9, 7 + 36 * 9 + 1])
 
     def test_firmware_is_known_by_its_name_alone(self):
         for job in (b"", b"\0\1\2", joined(JOBS["UPC-A"])):
@@ -251,6 +297,18 @@ class EndingTooEarly(Decoding):
                 "1B 63 3B 01 1C 71 01 01 00 01 00 FF",
                 "0007: the job ends inside the command 01 00 01 00 FF: "
                 "7 of 8 bytes of the raster of logo 1 of 1 are missing",
+            ),
+            (
+                "1B 63 3B 01 1C 71 03",
+                "0007: the job ends with 0 of 3 logos: a printer takes what comes next for the others",
+            ),
+            (
+                "1B 63 3B 01 1C 71 03 01 00 01 00" + "FF" * 8,
+                "0013: the job ends with 1 of 3 logos: a printer takes what comes next for the others",
+            ),
+            (
+                "1B 63 3B 01 1C 72 02 01 00 01 00 01 00" + "FF" * 8,
+                "0015: the job ends with 1 of 2 logos: a printer takes what comes next for the others",
             ),
             ("1D 66 00", "0003: the job ends without feeding and cutting"),
             ("1D 6B 49 01 41", "0005: the job ends without the zero byte after counted data"),

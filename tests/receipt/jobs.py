@@ -61,6 +61,64 @@ CLEAR_LOGOS = [OPEN, "1C 71 00 00", "0A", CLOSE]
 LOGOS = [OPEN, "1C 71 02", "01 00 01 00 80 40 20 10 08 04 02 01", "02 00 01 00" + "FF 00" * 8, "0A", CLOSE]
 GREY_LOGO = [OPEN, "1C 72 01", "01 00 01 00 01 00" + "F0 CC AA 00 00 00 00 FF", "0A", CLOSE]
 
+
+def logos(*rasters: str) -> list[str]:
+    """A job that stores black-and-white logos, each with its header."""
+    return [OPEN, f"1C 71 {len(rasters):02X}", *rasters, "0A", CLOSE]
+
+
+def grey_logos(*rasters: str) -> list[str]:
+    return [OPEN, f"1C 72 {len(rasters):02X}", *rasters, "0A", CLOSE]
+
+
+# Pictures of a few dots in rows of four bytes and columns of whole bytes. What a picture leaves of its rows is white,
+# at the right; what it leaves of its columns is white, above it.
+LOGO_10_X_8 = "04 00 01 00 FF 7F 3F 1F 0F 07 03 01 00 01" + "00" * 22
+DOTS_10_X_8 = [
+    "#.........",
+    "##........",
+    "###.......",
+    "####......",
+    "#####.....",
+    "######....",
+    "#######...",
+    "########.#",
+]
+LOGO_1_X_1 = "04 00 01 00 01" + "00" * 31
+DOTS_1_X_1 = ["."] * 7 + ["#"]
+LOGO_8_X_9 = "04 00 02 00 01 80 01 40 01 20 01 10 01 08 01 04 01 02 01 01" + "00" * 48
+DOTS_8_X_9 = ["........"] * 7 + [
+    "########",
+    "#.......",
+    ".#......",
+    "..#.....",
+    "...#....",
+    "....#...",
+    ".....#..",
+    "......#.",
+    ".......#",
+]
+# Five dots are filled up with three white ones, three rows with a fourth. The levels' four bits, inverted, from the
+# highest on.
+GREY_5_X_3 = "01 00 01 00 02 00 F8 F0 C8 A8 E0 18 98 50 00 C0 30 A8 00 00 00 00"
+LEVELS_5_X_3 = ["01234", "56789", "ABCDE", ""]
+# Every level; the second of the two rows that a unit has is white.
+GREY_16_X_1 = "01 00 02 00 01 00 FF 00 F0 F0 CC CC AA AA 00 00 00 00 00 00 00 00"
+LEVELS_16_X_1 = ["0123456789ABCDEF", ""]
+# Nine of 32 x 8 dots, the first with one black column, the ninth with nine.
+NINE_LOGOS = ["04 00 01 00" + "FF" * count + "00" * (32 - count) for count in range(1, 10)]
+
+
+def dots(rows: list[str], width: int) -> bytes:
+    """Black (#) and white dots, a byte each, the rows filled up with white."""
+    return b"".join(bytes(0 if dot == "#" else 255 for dot in row.ljust(width, ".")) for row in rows)
+
+
+def levels(rows: list[str], width: int) -> bytes:
+    """Grey levels 0 (black) to F (white) as bytes from 0 to 255, the rows filled up with white."""
+    return b"".join(bytes(17 * int(level, 16) for level in row.ljust(width, "F")) for row in rows)
+
+
 JOBS = {
     "UPC-A": linear("00", hexed("123456789012")),
     "UPC-E": linear("01", hexed("01230000045")),

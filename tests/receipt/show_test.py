@@ -8,7 +8,28 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from jobs import CLOSE, JOBS, OPEN, PROJECT, hexed, joined, linear
+from jobs import (
+    CLOSE,
+    DOTS_8_X_9,
+    DOTS_10_X_8,
+    GREY_5_X_3,
+    GREY_16_X_1,
+    JOBS,
+    LEVELS_5_X_3,
+    LEVELS_16_X_1,
+    LOGO_8_X_9,
+    LOGO_10_X_8,
+    NINE_LOGOS,
+    OPEN,
+    PROJECT,
+    dots,
+    grey_logos,
+    hexed,
+    joined,
+    levels,
+    linear,
+    logos,
+)
 from PIL import Image
 
 from receipt import readers
@@ -212,10 +233,79 @@ class Show(unittest.TestCase):
         self.assertEqual(run.returncode, 2)
         self.assertIn("zxing-wasm failed", run.stderr)
 
+    def stored(self, folder: Path) -> dict[str, tuple[str, tuple[int, int], bytes]]:
+        """The folder's files: name, and of the picture its kind, size and dots."""
+        found = {}
+        for file in folder.iterdir():
+            with Image.open(file) as image:
+                self.assertEqual(image.format, "PNG")
+                found[file.name] = (image.mode, image.size, image.convert("L").tobytes())
+        return found
+
+    def test_logos(self):
+        folder = self.folder / "new" / "logos"
+        first, second = ("1", (32, 8), dots(DOTS_10_X_8, 32)), ("1", (32, 16), dots(DOTS_8_X_9, 32))
+        run = self.show(joined(logos(LOGO_10_X_8, LOGO_8_X_9)), "--document", "LOGO", "--logos", str(folder))
+        self.assertEqual((run.returncode, run.stderr), (0, ""))
+        self.assertEqual(self.stored(folder), {"logo-1.png": first, "logo-2.png": second})
+
+    def test_grey_logos(self):
+        folder = self.folder / "logos"
+        run = self.show(joined(grey_logos(GREY_5_X_3, GREY_16_X_1)), "--logos", str(folder))
+        self.assertEqual((run.returncode, run.stderr), (0, ""))
+        first, second = ("L", (8, 4), levels(LEVELS_5_X_3, 8)), ("L", (16, 2), levels(LEVELS_16_X_1, 16))
+        self.assertEqual(self.stored(folder), {"logo-1.png": first, "logo-2.png": second})
+
+    def test_logo_wider_than_the_paper_is_written_whole(self):
+        run = self.show(joined(logos("80 00 01 00" + "FF 00" * 512)), "--logos", str(self.folder / "logos"))
+        self.assertEqual(run.returncode, 0)
+        expected = ("1", (1024, 8), dots(["#." * 512] * 8, 1024))
+        self.assertEqual(self.stored(self.folder / "logos"), {"logo-1.png": expected})
+
+    def test_logos_of_an_earlier_job_go(self):
+        folder = self.folder / "logos"
+        self.show(joined(logos(*NINE_LOGOS)), "--logos", str(folder))
+        nine = self.stored(folder)
+        self.assertEqual(sorted(nine), [f"logo-{number}.png" for number in range(1, 10)])
+        for number in range(1, 10):
+            self.assertEqual(nine[f"logo-{number}.png"], ("1", (32, 8), dots(["#" * number] * 8, 32)))
+        self.show(joined(logos(*NINE_LOGOS[3:5])), "--logos", str(folder))
+        self.assertEqual(self.stored(folder), {"logo-1.png": nine["logo-4.png"], "logo-2.png": nine["logo-5.png"]})
+        self.assertEqual(self.show(joined(JOBS["clear logos"]), "--logos", str(folder)).returncode, 0)
+        self.assertEqual(self.stored(folder), {})
+
+    def test_job_that_ends_between_its_logos(self):
+        job = joined(logos(LOGO_10_X_8, LOGO_8_X_9)[:3])
+        run = self.show(job, "--document", "LOGO", "--png", str(self.png), "--logos", str(self.folder / "logos"))
+        self.assertEqual((run.returncode, run.stderr), (1, ""))
+        self.assertEqual(
+            run.stdout.splitlines()[-1],
+            "ERROR 002B: the job ends with 1 of 2 logos: a printer takes what comes next for the others",
+        )
+        self.assertEqual(self.stored(self.folder / "logos"), {"logo-1.png": ("1", (32, 8), dots(DOTS_10_X_8, 32))})
+        self.assertTrue(self.png.exists())
+
+    def test_logos_in_words(self):
+        run = self.show(joined(logos(LOGO_8_X_9, "80 00 02 00" + "FF" * 2048)), "--text")
+        # Under frames of two lines each: 24 + 51, and 16 and 51 more; then 7 rows, a line and the margin.
+        self.assertEqual(
+            run.stdout.splitlines()[-3:],
+            [
+                "paper 567 x 203 dots",
+                "logo of 32 x 16 dots at 28, 75",
+                "logo of 1024 x 16 dots at 28, 142, shown 510 x 7",
+            ],
+        )
+
+    def test_folder_of_logos_that_cannot_be_made(self):
+        run = self.show(joined(logos(LOGO_10_X_8)), "--logos", str(self.job))
+        self.assertEqual(run.returncode, 2)
+        self.assertIn("receipt/show: ", run.stderr)
+
     def test_help(self):
         run = subprocess.run([SHOW, "--help"], capture_output=True, text=True, check=False)
         self.assertEqual(run.returncode, 0)
-        for option in ("--document", "--source", "--png", "--scan", "--text", "Exit codes"):
+        for option in ("--document", "--source", "--png", "--logos", "--scan", "--text", "Exit codes"):
             self.assertIn(option, run.stdout)
 
     def test_paper_that_is_too_long(self):

@@ -3,7 +3,33 @@
 
 import unittest
 
-from jobs import CLEAR_LOGOS, CLOSE, END, JOBS, OPEN, SELF_TEST, counted, databar, hexed, joined, linear, qr_code
+from jobs import (
+    CLEAR_LOGOS,
+    DOTS_1_X_1,
+    DOTS_8_X_9,
+    DOTS_10_X_8,
+    END,
+    GREY_5_X_3,
+    GREY_16_X_1,
+    JOBS,
+    LEVELS_5_X_3,
+    LEVELS_16_X_1,
+    LOGO_1_X_1,
+    LOGO_8_X_9,
+    LOGO_10_X_8,
+    NINE_LOGOS,
+    SELF_TEST,
+    counted,
+    databar,
+    dots,
+    grey_logos,
+    hexed,
+    joined,
+    levels,
+    linear,
+    logos,
+    qr_code,
+)
 from PIL import Image
 
 import receipt
@@ -236,53 +262,134 @@ class Paper(unittest.TestCase):
 
 
 class Logos(unittest.TestCase):
+    def check_logo(self, strip: receipt.Strip, place: int, size: tuple[int, int], expected: bytes, mode="1") -> None:
+        """Every dot of a stored logo, and of the strip where it is shown."""
+        logo = strip.logos[place]
+        self.assertEqual((logo.picture.mode, logo.picture.size), (mode, size))
+        self.assertEqual(logo.picture.convert("L").tobytes(), expected)
+        self.assertEqual(logo.box[0::2], (LEFT, LEFT + size[0]))
+        self.assertEqual(strip.image.crop(logo.box).tobytes(), expected)
+
     def test_black_and_white(self):
         strip = strip_of(JOBS["logos"])
         first, second = strip.logos
+        self.assertEqual((first.offset, second.offset), (7, 19))
         # A falling diagonal; sixteen columns, every second one black.
-        self.assertEqual((first.size, black(first)), ((8, 8), {(place, place) for place in range(8)}))
-        self.assertEqual(black(second), {(x, y) for x in range(0, 16, 2) for y in range(8)})
-        self.assertEqual(second.size, (16, 8))
+        self.check_logo(strip, 0, (8, 8), dots(["." * place + "#" for place in range(8)], 8))
+        self.check_logo(strip, 1, (16, 8), dots(["#." * 8] * 8, 16))
 
     def test_columns_go_from_top_to_bottom_first(self):
         # Eight columns of two bytes; the second byte's lowest bit is the sixteenth dot.
-        strip = strip_of([OPEN, "1C 71 01", "01 00 02 00 80 00 00 80 00 01" + "00" * 10, "0A", CLOSE])
-        self.assertEqual(strip.logos[0].size, (8, 16))
-        self.assertEqual(black(strip.logos[0]), {(0, 0), (1, 8), (2, 15)})
+        strip = strip_of(logos("01 00 02 00 80 00 00 80 00 01" + "00" * 10))
+        self.check_logo(strip, 0, (8, 16), dots(["#"] + [""] * 7 + [".#"] + [""] * 6 + ["..#"], 8))
+
+    def test_rows_that_end_inside_a_byte(self):
+        self.check_logo(strip_of(logos(LOGO_10_X_8)), 0, (32, 8), dots(DOTS_10_X_8, 32))
+
+    def test_one_dot_is_at_the_left_of_the_last_row(self):
+        self.check_logo(strip_of(logos(LOGO_1_X_1)), 0, (32, 8), dots(DOTS_1_X_1, 32))
+
+    def test_rows_that_fill_no_byte_have_white_ones_above(self):
+        self.check_logo(strip_of(logos(LOGO_8_X_9)), 0, (32, 16), dots(DOTS_8_X_9, 32))
+
+    def test_nine_logos(self):
+        strip = strip_of(logos(*NINE_LOGOS))
+        self.assertEqual([logo.offset for logo in strip.logos], [7 + 36 * place for place in range(9)])
+        for place in range(9):
+            self.check_logo(strip, place, (32, 8), dots(["#" * (place + 1)] * 8, 32))
+
+    def test_largest(self):
+        # Black right of the diagonal from the top left corner: column x has dots in the rows above x, row y has them
+        # right of y.
+        columns = ((1 << 768) - (1 << 768 - min(x, 768)) for x in range(1024))
+        strip = strip_of(logos("80 00 60 00" + b"".join(column.to_bytes(96, "big") for column in columns).hex()))
+        (logo,) = strip.logos
+        self.assertEqual((logo.picture.mode, logo.picture.size), ("1", (1024, 768)))
+        rows = (bytes((255,)) * (y + 1) + bytes(1023 - y) for y in range(768))
+        self.assertTrue(logo.picture.convert("L").tobytes() == b"".join(rows))
 
     def test_grey(self):
         # Planes of the first row F0, CC, AA, 00: levels 14, 12, 10, 8, 6, 4, 2, 0 of 15; of the second the lowest bit
-        # is set everywhere: 1 of 15.
-        strip = strip_of(JOBS["grey logo"])
-        (logo,) = strip.logos
-        self.assertEqual(logo.size, (8, 2))
-        self.assertEqual(
-            list(logo.getdata()), [255 - 17 * level for level in (14, 12, 10, 8, 6, 4, 2, 0)] + [255 - 17] * 8
-        )
+        # is set everywhere: 1 of 15. They are dark: 15 is black.
+        self.check_logo(strip_of(JOBS["grey logo"]), 0, (8, 2), levels(["13579BDF", "E" * 8], 8), "L")
 
     def test_grey_of_two_bytes_a_row(self):
         planes = "FF 00 00 80 00 00 00 00"  # row 0: plane 3 left half, plane 2 the ninth dot
-        strip = strip_of([OPEN, "1C 72 01", "01 00 02 00 01 00" + planes + "00" * 8, "0A", CLOSE])
-        row = list(strip.logos[0].crop((0, 0, 16, 1)).getdata())
-        self.assertEqual(row, [255 - 17 * 8] * 8 + [255 - 17 * 4] + [255] * 7)
+        strip = strip_of(grey_logos("01 00 02 00 01 00" + planes + "00" * 8))
+        self.check_logo(strip, 0, (16, 2), levels(["7" * 8 + "B", ""], 16), "L")
+
+    def test_every_grey_level(self):
+        self.check_logo(strip_of(grey_logos(GREY_16_X_1)), 0, (16, 2), levels(LEVELS_16_X_1, 16), "L")
+
+    def test_odd_number_of_grey_rows(self):
+        self.check_logo(strip_of(grey_logos(GREY_5_X_3)), 0, (8, 4), levels(LEVELS_5_X_3, 8), "L")
+
+    def test_several_grey_logos(self):
+        strip = strip_of(grey_logos(GREY_5_X_3, GREY_16_X_1))
+        self.assertEqual([logo.offset for logo in strip.logos], [7, 29])
+        self.check_logo(strip, 0, (8, 4), levels(LEVELS_5_X_3, 8), "L")
+        self.check_logo(strip, 1, (16, 2), levels(LEVELS_16_X_1, 16), "L")
+
+    def test_largest_in_grey(self):
+        # Sixteen bands of 64 dots, which begin one level darker every 48 rows. An eighth of a band's dots is a byte.
+        bands = [[(band - y // 48) % 16 for band in range(16)] for y in range(768)]
+        planes = (
+            b"".join(bytes(8) if level & bit else bytes((255,)) * 8 for level in row)
+            for row in bands
+            for bit in (8, 4, 2, 1)
+        )
+        strip = strip_of(grey_logos("01 00 80 00 80 01" + b"".join(planes).hex()))
+        (logo,) = strip.logos
+        self.assertEqual((logo.picture.mode, logo.picture.size), ("L", (1024, 768)))
+        rows = (b"".join(bytes((17 * level,)) * 64 for level in row) for row in bands)
+        self.assertTrue(logo.picture.tobytes() == b"".join(rows))
 
     def test_shown_on_the_strip(self):
-        strip = strip_of([OPEN, "1C 71 01", "01 00 01 00" + "FF" * 8, "0A", CLOSE])
+        strip = strip_of(logos("01 00 01 00" + "FF" * 8))
         # Under a remark of two lines; then the line feed and the margin.
+        self.assertEqual(strip.logos[0].box, (LEFT, TOP + 51, LEFT + 8, TOP + 59))
         self.assertEqual(black(strip.image), {(LEFT + x, TOP + 51 + y) for x in range(8) for y in range(8)})
         self.assertEqual(strip.image.height, TOP + 51 + 8 + 30 + 24)
         self.assertEqual(strip.notes, [])
 
+    def test_as_wide_as_the_paper_is_shown_as_it_is(self):
+        # 504 dots, every second column black; 512 are too many.
+        raster = "FF 00" * 252
+        strip = strip_of(logos("3F 00 01 00" + raster))
+        self.check_logo(strip, 0, (504, 8), dots(["#." * 252] * 8, 504))
+        self.assertEqual(strip.notes, [])
+        strip = strip_of(logos("40 00 01 00" + raster + "FF" * 8))
+        self.assertEqual([note.offset for note in strip.notes], [7])
+
     def test_wider_than_the_paper_is_shown_smaller(self):
-        strip = strip_of([OPEN, "1C 71 01", "80 00 02 00" + "FF" * 2048, "0A", CLOSE])
-        self.assertEqual(strip.logos[0].size, (1024, 16))
+        strip = strip_of(logos("80 00 02 00" + "FF" * 2048))
+        self.assertEqual(strip.logos[0].picture.size, (1024, 16))
         self.assertEqual(
             [str(note) for note in strip.notes],
             ["0007: the logo is 1024 dots wide, the paper has 510; it is shown smaller"],
         )
         self.assertEqual(strip.failures, [])
-        dots = black(strip.image)
-        self.assertEqual((min(x for x, _ in dots), max(x for x, _ in dots)), (LEFT, LEFT + 509))
+        # 16 rows become 16 * 510 / 1024 = 7.
+        self.assertEqual(strip.logos[0].box, (LEFT, TOP + 51, LEFT + 510, TOP + 58))
+        self.assertEqual(black(strip.image), {(LEFT + x, TOP + 51 + y) for x in range(510) for y in range(7)})
+
+    def test_made_smaller_black_and_white_become_grey(self):
+        strip = strip_of(logos("80 00 01 00" + "FF 00" * 512))
+        shown = strip.image.crop(strip.logos[0].box)
+        self.assertEqual(shown.size, (510, 3))
+        # Two or three columns in one: half of them black, a third or two thirds.
+        self.assertLessEqual(set(shown.getdata()), {85, 127, 128, 170})
+
+    def test_job_that_ends_between_its_logos(self):
+        job = joined(logos(LOGO_10_X_8, LOGO_1_X_1, LOGO_8_X_9)[:3])
+        with self.assertRaises(receipt.DecodeError) as caught:
+            receipt.decode(job, "LOGO")
+        strip = receipt.render(caught.exception.commands, str(caught.exception))
+        self.check_logo(strip, 0, (32, 8), dots(DOTS_10_X_8, 32))
+        self.assertEqual(len(strip.logos), 1)
+        # Grey words below the logo: it is not all.
+        below = strip.image.crop((LEFT, strip.logos[0].box[3], LEFT + 510, strip.image.height))
+        self.assertEqual(below.getextrema(), (140, 255))
 
 
 if __name__ == "__main__":

@@ -1,4 +1,4 @@
-#include "printer/logo_file.h"
+#include "devpages/logo_file.h"
 
 #include <algorithm>
 #include <array>
