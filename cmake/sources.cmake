@@ -72,6 +72,7 @@ set(WIN32_SOURCES
   src/intrface/win/property_sheet.cpp
   src/intrface/win/shell_functions.cpp
   src/intrface/win/subclass.cpp
+  src/intrface/win/terminate.cpp
   src/language/language_reader.cpp
   src/language/language_setup.cpp
   src/language/messages.cpp

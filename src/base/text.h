@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -34,3 +35,6 @@ template <std::size_t N>
 StringView16 FieldText(const Char16 (&field)[N]) noexcept {
     return FieldText(field, N);
 }
+
+// A number in decimal digits. The standard's own function brings the whole of printf into the DLL.
+String16 NumberText(std::uint64_t number);

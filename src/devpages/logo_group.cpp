@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/text.h"
 #include "devpages/download_page.h"
 #include "devpages/logo_list.h"
 #include "devpages/logo_preview.h"
@@ -127,7 +128,7 @@ void ShowType(HWND dialog, LogoType type) noexcept {
 }
 
 void ShowNumber(HWND list, std::size_t row) {
-    SetCell(list, static_cast<int>(row), kNumberColumn, std::to_wstring(row + 1).c_str());
+    SetCell(list, static_cast<int>(row), kNumberColumn, NumberText(row + 1).c_str());
 }
 
 void SelectRow(HWND list, std::size_t row) noexcept {
@@ -224,7 +225,8 @@ void DownloadClicked(HWND dialog, HANDLE printer, const GroupState& state) {
         Tell(dialog, *reason);
         return;
     }
-    SendLogos(printer, state.logos, state.type);
+    // The page may go while the spooler has the job.
+    SendLogos(printer, Logos(state.logos), state.type);
 }
 
 // Every row's converted file is to be of the type that is sent, also of rows that nobody looks at.
@@ -372,7 +374,8 @@ bool LogoNotified(HWND dialog, const NMHDR& header) {
         }
         return slider != nullptr;
     }
-    if (header.idFrom != IDC_LOGO_LIST || header.code != static_cast<UINT>(LVN_ITEMCHANGED)) {
+    // Only the list's own notification is long enough.
+    if (header.hwndFrom != ListOf(dialog) || header.code != static_cast<UINT>(LVN_ITEMCHANGED)) {
         return false;
     }
     GroupState* const state = StateOf(dialog);
@@ -386,10 +389,11 @@ bool LogoNotified(HWND dialog, const NMHDR& header) {
     return true;
 }
 
-// A slider that the keyboard or the wheel moves is never captured.
+// The keyboard and the wheel do not capture a slider. The mouse does, and of what its release sends the last
+// counts, so that a picture is converted once.
 void LogoSliderMoved(HWND dialog, HWND slider, int code) {
     const Slider* const found = FindSlider(GetDlgCtrlID(slider));
-    if (found != nullptr && (code == TB_ENDTRACK || code == TB_THUMBPOSITION)) {
+    if (found != nullptr && (code == TB_ENDTRACK || code == TB_THUMBPOSITION) && GetCapture() != slider) {
         SliderReleased(dialog, *found);
     }
 }

@@ -162,7 +162,7 @@ void PageOpened(HWND dialog, OEMDEV* record) {
     Barcode1DPageTexts().ApplyTo(dialog);
     ApplyLists(dialog);
     for (std::size_t i = 0; i < std::size(OEMDEV{}.Barcode1D); ++i) {
-        AddItem(dialog, IDC_BARCODE1D_FONT, (kFontName + std::to_wstring(i + 1)).c_str());
+        AddItem(dialog, IDC_BARCODE1D_FONT, (kFontName + NumberText(i + 1)).c_str());
     }
     for (const BarcodeType1D& type : kBarcodeTypes1D) {
         AddItem(dialog, IDC_BARCODE1D_TYPE, type.name);

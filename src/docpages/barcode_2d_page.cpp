@@ -197,7 +197,7 @@ void PageOpened(HWND dialog, OEMDEV* record) {
     Barcode2DPageTexts().ApplyTo(dialog);
     ApplyLists(dialog);
     for (std::size_t i = 0; i < std::size(OEMDEV{}.Barcode2D); ++i) {
-        AddItem(dialog, IDC_BARCODE2D_FONT, (kFontName + std::to_wstring(i + 1)).c_str());
+        AddItem(dialog, IDC_BARCODE2D_FONT, (kFontName + NumberText(i + 1)).c_str());
     }
     AddItems(dialog, IDC_BARCODE2D_TYPE, kBarcodeNames2D);
     AddItems(dialog, IDC_BARCODE2D_QR_MODEL, kQrModels);

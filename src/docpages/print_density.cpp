@@ -107,7 +107,7 @@ void RelabelPrintDensity(DocumentSheetContext& context) {
         item.pName = OwnText(texts[kDensityName]);
         const OPTTYPE& type = *item.pOptType;
         for (WORD j = 0; j < type.Count; ++j) {
-            SetOptionText(context.optionTexts, type.pOptParam[j], texts[kDensityValue] + std::to_wstring(j));
+            SetOptionText(context.optionTexts, type.pOptParam[j], texts[kDensityValue] + NumberText(j));
             TRACE_VERBOSE(L"GPDIndex       = %s\r\n", type.pOptParam[j].pData);
         }
         TRACE_VERBOSE(L"GPDIndex       =1111 %s\r\n", type.pOptParam[type.Count - 1].pData);

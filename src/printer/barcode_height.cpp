@@ -1,9 +1,8 @@
 #include "printer/barcode_height.h"
 
-#include <array>
-#include <cstdio>
+#include <algorithm>
+#include <cmath>
 #include <iterator>
-#include <string>
 
 namespace {
 
@@ -23,10 +22,26 @@ std::uint64_t HalfPoints(std::int32_t dots) noexcept {
     return tenths / 10 * 2 + (fraction < 4 ? 0 : fraction < 7 ? 1 : 2);
 }
 
+// The nearest tenth of what a number of 0 to 2^33 is exactly, a half to the even one; at least five
+// characters.
 String16 Format(double value) {
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%5.1f", value);
-    return {text.data(), text.data() + std::char_traits<char>::length(text.data())};
+    constexpr int kMantissaBits = 53;
+    constexpr std::size_t kWidth = 5;
+    int exponent = 0;
+    const double fraction = std::frexp(value, &exponent);
+    // In units of 2^-shift.
+    const auto tenTimes = static_cast<std::uint64_t>(std::ldexp(fraction, kMantissaBits)) * 10;
+    const int shift = kMantissaBits - exponent;
+    const std::uint64_t half = std::uint64_t{1} << (shift - 1);
+    std::uint64_t tenths = tenTimes >> shift;
+    const std::uint64_t rest = tenTimes & (2 * half - 1);
+    if (rest > half || (rest == half && tenths % 2 == 1)) {
+        ++tenths;
+    }
+    String16 text = NumberText(tenths / 10);
+    text.push_back(Char16{'.'});
+    text.push_back(static_cast<Char16>('0' + tenths % 10));
+    return String16(kWidth - std::min(kWidth, text.size()), Char16{' '}).append(text);
 }
 
 }  // namespace

@@ -31,8 +31,7 @@ GreyTables::GreyTables(const std::array<ToneCurve, kColours>& curves, const Grey
     }
 }
 
-// Bound by its ten instructions a pixel, half of them loads: two colours come in one, and vectors put the
-// levels of sixteen pixels together.
+// Bound by its five loads a pixel. So two colours come in one, and vectors gather sixteen levels for a store.
 void GreyTables::GreyOfRow(const std::uint8_t* pixels, std::size_t width, std::uint8_t* grey) const noexcept {
     const auto sumOf = [this](const std::uint8_t* pixel) {
         std::uint16_t others;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -137,6 +138,15 @@ TEST(BarcodeHeightTest, HeightsThatNoPageStores) {
 
 // The height that is kept is not the one that is shown: 124 dots show as 49.5 points and stay as 123, which
 // show as 49.2 snapped to 49.
+// The binary number that the height is decides, as in printf.
+TEST(BarcodeHeightTest, MillimetresRoundAsPrintedNumbersDo) {
+    for (std::uint32_t dots = 0; dots < 100000; dots += dots < 2000 ? 1 : 45) {
+        char text[32] = {};
+        std::snprintf(text, sizeof text, "%5.1f", dots * 25.4 / 180);
+        ASSERT_EQ(TextsOfFontHeight(static_cast<std::int32_t>(dots)).millimetres, Wide(text)) << dots;
+    }
+}
+
 TEST(BarcodeHeightTest, AChangeStoresTheSnappedHeight) {
     BarcodeFont1D font = Font(100, 2, 0);
     const FontHeightTexts changed = UpdateFontHeight(font);

@@ -101,4 +101,12 @@ TEST(FieldTextTest, KnowsTheSizeOfArrays) {
     EXPECT_EQ(FieldText(unterminated).data(), unterminated) << "a view, not a copy";
 }
 
+TEST(NumberTextTest, WritesDecimalDigits) {
+    EXPECT_EQ(NumberText(0), u"0");
+    EXPECT_EQ(NumberText(9), u"9");
+    EXPECT_EQ(NumberText(10), u"10");
+    EXPECT_EQ(NumberText(1024), u"1024");
+    EXPECT_EQ(NumberText(UINT64_MAX), u"18446744073709551615");
+}
+
 }  // namespace
