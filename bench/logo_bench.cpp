@@ -1,20 +1,20 @@
 // What the conversion of a logo costs, step by step and whole, on a picture of 24 bits a pixel:
 //
-//      logo_bench PICTURE.bmp          megapixels a second of each line, the median of many runs
-//      logo_bench PICTURE.bmp LINE     runs one line once, for a tool that counts instructions:
-//                                      valgrind --tool=callgrind --toggle-collect=MeasuredWork
+//      logo_bench PICTURE.bmp                   times of the lines that standard input names
+//      logo_bench PICTURE.bmp LINE              one line once, for a tool that counts instructions:
+//                                               valgrind --tool=callgrind --toggle-collect=MeasuredWork
+//      logo_bench --convert HOW IN.bmp OUT.bmp  a file into a file; HOW is grey, ordered or diffusion
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "measure.h"
+#include "answer_times.h"
 #include "printer/logo_bitmap.h"
 #include "printer/logo_conversion.h"
 #include "printer/logo_grey.h"
@@ -36,11 +36,33 @@ struct Sources {
     Bytes mono;
 };
 
-struct Line {
-    const char* name;
-    const char* what;
-    std::function<void()> work;
-};
+Bytes ReadFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary | std::ios::ate);
+    Bytes bytes(file ? static_cast<std::size_t>(file.tellg()) : 0);
+    file.seekg(0);
+    file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    return bytes;
+}
+
+bool Convert(const std::string& how, const std::string& from, const std::string& to) {
+    const Bytes source = ReadFile(from);
+    Bytes output;
+    LogoConversion result = LogoConversion::kOtherFormat;
+    if (how == "grey") {
+        result = ConvertToGrey(source, kColourBits, kTone, output);
+    } else if (how == "ordered") {
+        result = ConvertToMono(source, kColourBits, Halftone::kDitherM3, kTone, output);
+    } else if (how == "diffusion") {
+        result = ConvertToMono(source, kColourBits, Halftone::kErrorDiffuse, kTone, output);
+    }
+    std::ofstream file;
+    if (result == LogoConversion::kConverted) {
+        file.open(to, std::ios::binary);
+        file.write(reinterpret_cast<const char*>(output.data()), static_cast<std::streamsize>(output.size()));
+        file.close();
+    }
+    return result == LogoConversion::kConverted && file;
+}
 
 // A grey picture to packed rows.
 template <typename Pack>
@@ -54,7 +76,8 @@ std::function<void()> Packing(const LogoPicture& grey, Bytes& bits, Pack pack) {
     };
 }
 
-std::vector<Line> LinesOf(const Sources& sources, const LogoPicture& colours, const LogoPicture& levels) {
+std::vector<NamedWork> LinesOf(const std::string& path, const Sources& sources, const LogoPicture& colours,
+                               const LogoPicture& levels) {
     static Bytes output;
     static Bytes bits;
     static const ToneCurve curve = ToneCurveOf(kTone.contrast, kTone.brightness);
@@ -85,14 +108,14 @@ std::vector<Line> LinesOf(const Sources& sources, const LogoPicture& colours, co
         PackAbove(mean, grey, width, to);
     };
     return {
-        {"grey24", "24-bit -> grey through tone tables",
+        {"grey24",
          [&] {
              output.resize(colours.Width() * colours.Rows());
              for (std::size_t row = 0; row < colours.Rows(); ++row) {
                  tables.GreyOfRow(colours.Row(row), colours.Width(), output.data() + row * colours.Width());
              }
          }},
-        {"grey8", "8-bit -> grey through a table",
+        {"grey8",
          [&] {
              output.resize(levels.RowBytes() * levels.Rows());
              for (std::size_t row = 0; row < levels.Rows(); ++row) {
@@ -100,28 +123,23 @@ std::vector<Line> LinesOf(const Sources& sources, const LogoPicture& colours, co
                             output.data() + row * levels.RowBytes());
              }
          }},
-        {"mean", "grey -> mean threshold, packed", Packing(levels, bits, packMean)},
-        {"ordered8", "grey -> ordered 8x8, packed",
-         Packing(levels, bits, dither(PackAtLeast, DitherM3AtLeast))},
-        {"ordered16", "grey -> ordered 16x16, packed", Packing(levels, bits, dither(PackAbove, DitherM4))},
-        {"none24", "24-bit -> mean threshold, whole", toMono(kColourBits, Halftone::kNone)},
-        {"m3of24", "24-bit -> ordered 8x8, whole", toMono(kColourBits, Halftone::kDitherM3)},
-        {"m4of24", "24-bit -> ordered 16x16, whole", toMono(kColourBits, Halftone::kDitherM4)},
-        {"diffusion", "grey -> error diffusion",
-         Packing(levels, bits,
-                 [](std::size_t, const std::uint8_t* grey, std::size_t, std::uint8_t* to) {
-                     diffusion->Pack(grey, to);
-                 })},
-        {"diffuse24", "24-bit -> error diffusion, whole", toMono(kColourBits, Halftone::kErrorDiffuse)},
-        {"diffuse8", "8-bit -> error diffusion, whole", toMono(kGreyBits, Halftone::kErrorDiffuse)},
-        {"columns", "1-bit -> 8-dot columns", [&] { MonoRasterOf(sources.mono, false, output); }},
-        {"planes", "grey -> four bit planes", [&] { GreyRasterOf(sources.levels, output); }},
+        {"mean", Packing(levels, bits, packMean)},
+        {"ordered8", Packing(levels, bits, dither(PackAtLeast, DitherM3AtLeast))},
+        {"ordered16", Packing(levels, bits, dither(PackAbove, DitherM4))},
+        {"none24", toMono(kColourBits, Halftone::kNone)},
+        {"m3of24", toMono(kColourBits, Halftone::kDitherM3)},
+        {"m4of24", toMono(kColourBits, Halftone::kDitherM4)},
+        {"diffusion", Packing(levels, bits,
+                              [](std::size_t, const std::uint8_t* grey, std::size_t, std::uint8_t* to) {
+                                  diffusion->Pack(grey, to);
+                              })},
+        {"diffuse24", toMono(kColourBits, Halftone::kErrorDiffuse)},
+        {"diffuse8", toMono(kGreyBits, Halftone::kErrorDiffuse)},
+        {"columns", [&] { MonoRasterOf(sources.mono, false, output); }},
+        {"planes", [&] { GreyRasterOf(sources.levels, output); }},
+        {"file24m3", [path] { Convert("ordered", path, path + ".converted"); }},
+        {"file24diffused", [path] { Convert("diffusion", path, path + ".converted"); }},
     };
-}
-
-Bytes ReadFile(const char* path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 }  // namespace
@@ -132,12 +150,16 @@ extern "C" __attribute__((noinline)) void MeasuredWork(const std::function<void(
 }
 
 int main(int argc, char** argv) {
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: logo_bench PICTURE.bmp [LINE]\n");
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    if (arguments.size() == 4 && arguments[0] == "--convert") {
+        return Convert(arguments[1], arguments[2], arguments[3]) ? 0 : 1;
+    }
+    if (arguments.empty() || arguments.size() > 2) {
+        std::fprintf(stderr, "usage: logo_bench PICTURE.bmp [LINE] | --convert HOW IN.bmp OUT.bmp\n");
         return 2;
     }
     Sources sources;
-    sources.colours = ReadFile(argv[1]);
+    sources.colours = ReadFile(arguments[0]);
     if (ConvertToGrey(sources.colours, kColourBits, kTone, sources.levels) != LogoConversion::kConverted ||
         ConvertToMono(sources.colours, kColourBits, Halftone::kErrorDiffuse, kTone, sources.mono) !=
             LogoConversion::kConverted) {
@@ -146,19 +168,17 @@ int main(int argc, char** argv) {
     }
     const auto colours = LogoPicture::Read(sources.colours);
     const auto levels = LogoPicture::Read(sources.levels);
-    const auto pixels = static_cast<double>(levels->Width() * levels->Rows());
-    for (const Line& line : LinesOf(sources, *colours, *levels)) {
-        if (argc > 2) {
-            if (std::strcmp(line.name, argv[2]) == 0) {
-                // Memory is there from the second time on.
-                line.work();
-                MeasuredWork(line.work);
-                std::printf("%.0f pixels\n", pixels);
-                return 0;
-            }
-            continue;
-        }
-        std::printf("%-10s %-40s %8.1f Mpx/s\n", line.name, line.what, pixels / Measure(kRuns, line.work));
+    const std::vector<NamedWork> lines = LinesOf(arguments[0], sources, *colours, *levels);
+    if (arguments.size() == 1) {
+        return AnswerTimes(lines);
     }
-    return argc > 2 ? 1 : 0;
+    const NamedWork* const line = FindWork(lines, arguments[1]);
+    if (line == nullptr) {
+        std::fprintf(stderr, "logo_bench: no line is called %s\n", argv[2]);
+        return 1;
+    }
+    // Memory is there from the second time on.
+    line->work();
+    MeasuredWork(line->work);
+    return 0;
 }

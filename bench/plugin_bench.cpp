@@ -1,5 +1,5 @@
 // What the plug-in costs the program that prints: attaching the DLL, assembling and opening both sheets,
-// showing and repainting their pages, switching the language, previews, test prints, a download. Beside it,
+// showing and repainting their pages, switching the language, previews, test prints, downloads. Beside it,
 // in the same run, what a single profile call costs and what loading every text with one such call a key
 // would; the last column is the ratio to that.
 //
@@ -16,6 +16,7 @@
 
 #include "document_pages_bench.h"
 #include "driven_sheet.h"
+#include "logo_page_bench.h"
 #include "measure.h"
 #include "plugin_host.h"
 #include "printer_pages_bench.h"
@@ -127,6 +128,7 @@ int wmain(int argc, wchar_t** argv) {
     }
     MeasureDocumentPages(host, argv[3]);
     MeasurePrinterPages(host, printer);
+    MeasureLogos(host, printer, argv[3]);
     for (const SheetCall& sheet : {kDocumentSheet, kPrinterSheet}) {
         CountObjects(host, sheet.kind, sheet.name);
     }
