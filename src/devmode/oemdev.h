@@ -19,7 +19,7 @@
 
 #include "base/text.h"
 
-// "R72" read as a little-endian number; GetInfo reports the same value.
+// "R72" from the highest byte down; GetInfo reports the same value.
 constexpr std::uint32_t kOemSignature = 0x00523732;
 constexpr std::uint32_t kOemVersion = 1;
 constexpr std::uint32_t kOemRecordSize = 1976;
