@@ -18,6 +18,9 @@ using namespace std::string_view_literals;
 // Headers and the smallest palette.
 constexpr std::size_t kFirstBytes = 62;
 
+// No larger file is converted or shown.
+constexpr std::uint64_t kMostBytes = std::numeric_limits<std::int32_t>::max();
+
 // What a user has open elsewhere can be converted all the same.
 FileHandle OpenLogo(const std::wstring& path) {
     FileHandle file(CreateFileW(AtAnyLength(path).c_str(), GENERIC_READ,
@@ -45,10 +48,14 @@ bool ReadPicture(const std::wstring& path, std::vector<std::uint8_t>& bytes) {
     }
     std::array<std::uint8_t, kFirstBytes> first;
     const std::size_t firstCount = ReadUpTo(file, first);
+    const auto fileSize = static_cast<std::uint64_t>(size.QuadPart);
+    // A file of which nothing could be read is none that is short.
+    if (firstCount < std::min<std::uint64_t>(fileSize, kFirstBytes)) {
+        return false;
+    }
     const std::uint64_t used = UsedBytes(ReadBitmapHeaders(std::span(first).first(firstCount)));
-    const std::uint64_t wanted =
-        std::max<std::uint64_t>(std::min(used, static_cast<std::uint64_t>(size.QuadPart)), firstCount);
-    if (wanted > std::numeric_limits<DWORD>::max()) {
+    const std::uint64_t wanted = std::max<std::uint64_t>(std::min(used, fileSize), firstCount);
+    if (wanted > kMostBytes) {
         return false;
     }
     bytes.resize(static_cast<std::size_t>(wanted));
@@ -59,14 +66,16 @@ bool ReadPicture(const std::wstring& path, std::vector<std::uint8_t>& bytes) {
 
 bool WriteConverted(const std::wstring& path, std::span<const std::uint8_t> bytes) {
     const std::wstring name = AtAnyLength(path);
+    // Every repaint of a preview writes the file: over what it held, since some file systems bring a file
+    // that was emptied to the disk when it is closed, which takes longer than all the rest.
     FileHandle file(
-        CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+        CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) {
         return false;
     }
     DWORD written = 0;
     if (WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
-        written == bytes.size()) {
+        written == bytes.size() && SetEndOfFile(file.Get())) {
         return true;
     }
     file.Reset();

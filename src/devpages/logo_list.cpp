@@ -50,11 +50,10 @@ bool ReadMono(const Logo& logo, LogoType type, RasterWork& work) {
                                                          : ReadConverted(logo, type, work);
     }
     std::wstring path = logo.path;
-    if (isOpened && headers.bitCount == kColourBits &&
-        ConvertLogo(logo, type, path, work.buffers) != LogoStatus::kWritten) {
-        return false;
-    }
-    return ReadLogoFile(path, work.file);
+    return isOpened &&
+           (headers.bitCount != kColourBits ||
+            ConvertLogo(logo, type, path, work.buffers) == LogoStatus::kWritten) &&
+           ReadLogoFile(path, work.file);
 }
 
 RasterResult MakeMonoRaster(const Logo& logo, LogoType type, RasterWork& work) {

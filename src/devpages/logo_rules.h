@@ -14,8 +14,6 @@ enum class LogoType { kOriginal, kTransformation, kGrey };
 struct LogoSettings {
     Halftone halftone = Halftone::kNone;
     LogoTone tone = {};
-
-    bool operator==(const LogoSettings&) const = default;
 };
 
 // The logos that the printer's memory is organised for, and its bytes, which the files together must not

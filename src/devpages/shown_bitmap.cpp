@@ -57,7 +57,6 @@ std::optional<ShownBitmap> ShowBitmap(std::vector<std::uint8_t>& file) {
     // The longest one that there is has 124 bytes.
     constexpr std::uint32_t kLongestInfo = 124;
     if (infoSize < kInfoSize || infoSize > kLongestInfo || headers.width <= 0 || headers.height == 0 ||
-        headers.height == std::numeric_limits<std::int32_t>::min() ||
         !IsShown(headers.bitCount, headers.compression)) {
         return std::nullopt;
     }
@@ -66,12 +65,14 @@ std::optional<ShownBitmap> ShowBitmap(std::vector<std::uint8_t>& file) {
     const auto rows = static_cast<std::uint64_t>(std::abs(std::int64_t{headers.height}));
     const std::uint64_t rowBytes =
         (static_cast<std::uint64_t>(headers.width) * headers.bitCount + 31) / 32 * 4;
-    if (colours.at + colours.size > file.size() || end > std::numeric_limits<std::int32_t>::max()) {
+    // Pixels that begin beyond the file's end would be reached through as many bytes as the header likes.
+    if (colours.at + colours.size > file.size() || headers.pixelOffset > file.size() ||
+        end > std::numeric_limits<std::int32_t>::max()) {
         return std::nullopt;
     }
     const std::uint64_t needed = headers.pixelOffset + rowBytes * rows;
     if (needed > file.size()) {
-        const std::uint64_t held = file.size() - std::min<std::size_t>(file.size(), headers.pixelOffset);
+        const std::uint64_t held = file.size() - headers.pixelOffset;
         if ((rows - held / rowBytes) * static_cast<std::uint64_t>(headers.width) > kMaxMissingPixels) {
             return std::nullopt;
         }

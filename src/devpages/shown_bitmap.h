@@ -19,5 +19,6 @@ struct ShownBitmap {
 };
 
 // Reads a file of 1, 4, 8, 16, 24 or 32 bits a pixel, not compressed. Pixels that it lacks are put at its end
-// as 0, as many as a logo has at most. Nothing for another file. May throw bad_alloc.
+// as 0, as many as a logo has at most. Nothing for another file, and for one that ends before its pixels
+// begin. May throw bad_alloc.
 std::optional<ShownBitmap> ShowBitmap(std::vector<std::uint8_t>& file);

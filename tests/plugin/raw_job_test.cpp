@@ -255,6 +255,102 @@ TEST_F(RawJobTest, AnythingButZeroIsSuccess) {
     }
 }
 
+// Jobs that are written as they go
+
+TEST_F(RawJobTest, AJobStartsWithItsObjectAndEndsWithIt) {
+    {
+        RawJob job(kPrinter, L"LOGO");
+        EXPECT_EQ(spooler.calls, (Calls{kStartDocument, kStartPage}));
+        EXPECT_TRUE(job.Write(kPieces[0]));
+        EXPECT_TRUE(job.Write(kPieces[1]));
+        EXPECT_EQ(spooler.calls, (Calls{kStartDocument, kStartPage, kFirst, kSecond}));
+        EXPECT_EQ(job.Written(), 4u);
+    }
+    EXPECT_EQ(spooler.calls, (Calls{kStartDocument, kStartPage, kFirst, kSecond, kEndPage, kEndDocument}));
+}
+
+TEST_F(RawJobTest, AJobEndsOnce) {
+    const Calls whole = {kStartDocument, kStartPage, kFirst, kEndPage, kEndDocument};
+    {
+        RawJob job(kPrinter, L"LOGO");
+        EXPECT_TRUE(job.Write(kPieces[0]));
+        EXPECT_TRUE(job.End());
+        EXPECT_TRUE(job.End()) << "what became of it stays";
+        EXPECT_FALSE(job.Write(kPieces[1])) << "it is at its end";
+        EXPECT_EQ(job.Written(), 3u);
+        EXPECT_TRUE(job.End());
+        EXPECT_EQ(spooler.calls, whole);
+    }
+    EXPECT_EQ(spooler.calls, whole);
+}
+
+TEST_F(RawJobTest, AnAbandonedJobIsNotEnded) {
+    {
+        RawJob job(kPrinter, L"LOGO");
+        EXPECT_TRUE(job.Write(kPieces[0]));
+        job.Abandon();
+        EXPECT_FALSE(job.Write(kPieces[1]));
+        EXPECT_FALSE(job.End());
+        job.Abandon();
+        EXPECT_EQ(job.Written(), 3u);
+    }
+    EXPECT_EQ(spooler.calls, (Calls{kStartDocument, kStartPage, kFirst}));
+}
+
+TEST_F(RawJobTest, AbandoningAJobThatEndedChangesNothing) {
+    {
+        RawJob job(kPrinter, L"LOGO");
+        EXPECT_TRUE(job.End());
+        job.Abandon();
+        EXPECT_FALSE(job.End());
+    }
+    EXPECT_EQ(spooler.calls, (Calls{kStartDocument, kStartPage, kEndPage, kEndDocument}));
+}
+
+// Whichever call fails, the others that belong to it follow at once, and none later.
+TEST_F(RawJobTest, AJobThatFailedIsAtItsEnd) {
+    const struct {
+        int failing;
+        std::uint64_t written;
+        Calls calls;
+    } cases[] = {
+        {0, 0, {kStartDocument}},
+        {1, 0, {kStartDocument, kStartPage, kEndDocument}},
+        {2, 0, {kStartDocument, kStartPage, kFirst, kEndPage, kEndDocument}},
+        {3, 3, {kStartDocument, kStartPage, kFirst, kSecond, kEndPage, kEndDocument}},
+    };
+    for (const auto& [failing, written, calls] : cases) {
+        SCOPED_TRACE(failing);
+        spooler = {};
+        spooler.failing = failing;
+        {
+            RawJob job(kPrinter, L"LOGO");
+            EXPECT_EQ(job.Write(kPieces[0]), failing > 2);
+            EXPECT_FALSE(job.Write(kPieces[1]));
+            EXPECT_EQ(spooler.calls, calls);
+            EXPECT_FALSE(job.Write(kPieces[2]));
+            EXPECT_FALSE(job.End());
+            job.Abandon();
+            EXPECT_FALSE(job.End());
+            EXPECT_EQ(job.Written(), written);
+        }
+        EXPECT_EQ(spooler.calls, calls);
+    }
+}
+
+TEST_F(RawJobTest, AnEndThatFailsHasFailedForGood) {
+    for (const int failing : {3, 4}) {
+        SCOPED_TRACE(failing);
+        spooler = {};
+        spooler.failing = failing;
+        RawJob job(kPrinter, L"LOGO");
+        EXPECT_TRUE(job.Write(kPieces[0]));
+        EXPECT_FALSE(job.End());
+        EXPECT_FALSE(job.End());
+        EXPECT_EQ(spooler.calls, (Calls{kStartDocument, kStartPage, kFirst, kEndPage, kEndDocument}));
+    }
+}
+
 // The system's own spooler refuses what is no printer.
 TEST(RawJobSpoolerTest, HandlesThatAreNoPrinter) {
     const HANDLE handles[] = {nullptr, INVALID_HANDLE_VALUE,
