@@ -1,4 +1,4 @@
-// The Download page: a file of firmware, data or fonts for the printer.
+// The Download page: a file of firmware, data or fonts for the printer, and logos.
 #pragma once
 
 #include <windows.h>

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <exception>
-#include <limits>
 #include <span>
 #include <string_view>
 
@@ -18,8 +17,9 @@ using namespace std::string_view_literals;
 // Headers and the smallest palette.
 constexpr std::size_t kFirstBytes = 62;
 
-// No larger file is converted or shown.
-constexpr std::uint64_t kMostBytes = std::numeric_limits<std::int32_t>::max();
+// No larger file is converted or shown: the largest logo has 3 MB at 32 bits a pixel, the rest is for what
+// may lie before its pixels.
+constexpr std::uint64_t kMostBytes = 16 * 1024 * 1024;
 
 // What a user has open elsewhere can be converted all the same.
 FileHandle OpenLogo(const std::wstring& path) {
@@ -67,9 +67,10 @@ bool ReadPicture(const std::wstring& path, std::vector<std::uint8_t>& bytes) {
 bool WriteConverted(const std::wstring& path, std::span<const std::uint8_t> bytes) {
     const std::wstring name = AtAnyLength(path);
     // Every repaint of a preview writes the file: over what it held, since some file systems bring a file
-    // that was emptied to the disk when it is closed, which takes longer than all the rest.
-    FileHandle file(
-        CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    // that was emptied to the disk when it is closed, which takes longer than all the rest. Others may look
+    // at it meanwhile, as makers of thumbnails do.
+    FileHandle file(CreateFileW(name.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
+                                OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) {
         return false;
     }

@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "base/text.h"
 #include "devpages/download_page.h"
@@ -80,25 +82,21 @@ void RepaintSoon(HWND dialog) noexcept {
     RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_NOCHILDREN);
 }
 
-void RepaintNow(HWND dialog) noexcept {
-    RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_NOCHILDREN | RDW_UPDATENOW);
-}
-
 void EnableRadios(HWND dialog, const int (&radios)[3], bool enabled) noexcept {
     for (const int radio : radios) {
         EnableItem(dialog, radio, enabled);
     }
 }
 
-// A control that is switched off would keep the keyboard to itself.
+// A control that is switched off would keep the keyboard to itself, or leave it to nobody.
 void EnableSettings(HWND dialog, const LogoView& view) noexcept {
+    const HWND focus = GetFocus();
     for (const int radio : kHalftoneRadios) {
         EnableItem(dialog, radio, view.usesHalftone);
     }
     for (const Slider& slider : kSliders) {
         EnableItem(dialog, slider.control, view.usesTone);
     }
-    const HWND focus = GetFocus();
     if (GetParent(focus) == dialog && !IsWindowEnabled(focus)) {
         SetFocus(ListOf(dialog));
     }
@@ -143,18 +141,28 @@ std::wstring NameOf(const std::wstring& path) {
     return path.substr(path.find_last_of(L"\\/") + 1);
 }
 
+// The list's messages may be heard by others: the page can go with any of them.
 void AddLogo(HWND dialog, GroupState& state, Logo logo) {
     const HWND list = ListOf(dialog);
+    const std::wstring path = logo.path;
     const std::size_t row = state.logos.size();
     state.logos.push_back(std::move(logo));
-    if (AddRow(list, static_cast<int>(row), L"") != static_cast<int>(row)) {
-        state.logos.pop_back();
+    const int added = AddRow(list, static_cast<int>(row), L"");
+    GroupState* const left = StateOf(dialog);
+    if (left == nullptr) {
         return;
     }
-    const std::wstring& path = state.logos.back().path;
+    if (added != static_cast<int>(row)) {
+        // The list is full, or not as it was left.
+        if (added >= 0) {
+            SendMessageW(list, LVM_DELETEITEM, static_cast<WPARAM>(added), 0);
+        }
+        left->logos.resize(std::min(row, left->logos.size()));
+        return;
+    }
     ShowNumber(list, row);
-    SetCell(list, static_cast<int>(row), kNameColumn, NameOf(path).c_str());
-    SetCell(list, static_cast<int>(row), kPathColumn, path.c_str());
+    SetCell(list, added, kNameColumn, NameOf(path).c_str());
+    SetCell(list, added, kPathColumn, path.c_str());
     EnableRadios(dialog, kTypeRadios, true);
     SelectRow(list, row);
 }
@@ -194,9 +202,28 @@ void AddClicked(HWND dialog) {
         return;
     }
     logo.settings = FreshSettings(state->type);
-    std::wstring converted;
-    ConvertLogo(logo, state->type, converted, state->buffers);
+    KeepConverted(logo, state->type, state->buffers);
     AddLogo(dialog, *state, std::move(logo));
+}
+
+bool IsSamePath(const std::wstring& left, const std::wstring& right) noexcept {
+    return lstrcmpiW(left.c_str(), right.c_str()) == 0;
+}
+
+// A converted file that is another row's source stays; one that another row shares is made for that row.
+void RemoveLogo(GroupState& state, std::size_t row) {
+    const Logo removed = std::move(state.logos[row]);
+    state.logos.erase(state.logos.begin() + static_cast<std::ptrdiff_t>(row));
+    const std::wstring converted = ConvertedPath(removed.path);
+    if (std::ranges::none_of(state.logos,
+                             [&](const Logo& other) { return IsSamePath(other.path, converted); })) {
+        DeleteConverted(removed);
+    }
+    for (Logo& other : state.logos) {
+        if (IsSamePath(other.path, removed.path)) {
+            KeepConverted(other, state.type, state.buffers);
+        }
+    }
 }
 
 void DeleteClicked(HWND dialog, GroupState& state) {
@@ -204,19 +231,20 @@ void DeleteClicked(HWND dialog, GroupState& state) {
     if (logo == nullptr) {
         return;
     }
-    DeleteFileW(AtAnyLength(ConvertedPath(logo->path)).c_str());
     const auto row = static_cast<std::size_t>(logo - state.logos.data());
-    state.logos.erase(state.logos.begin() + static_cast<std::ptrdiff_t>(row));
+    RemoveLogo(state, row);
+    const std::size_t left = state.logos.size();
+    // From here on others may hear of it: the page can go with any message.
     const HWND list = ListOf(dialog);
     SendMessageW(list, LVM_DELETEITEM, row, 0);
-    for (std::size_t i = row; i < state.logos.size(); ++i) {
+    for (std::size_t i = row; i < left; ++i) {
         ShowNumber(list, i);
     }
-    if (!state.logos.empty()) {
-        SelectRow(list, std::min(row, state.logos.size() - 1));
+    if (left > 0) {
+        SelectRow(list, std::min(row, left - 1));
     }
     SetFocus(list);
-    EnableRadios(dialog, kTypeRadios, !state.logos.empty());
+    EnableRadios(dialog, kTypeRadios, left > 0);
     RepaintSoon(dialog);
 }
 
@@ -232,31 +260,43 @@ void DownloadClicked(HWND dialog, HANDLE printer, const GroupState& state) {
 // Every row's converted file is to be of the type that is sent, also of rows that nobody looks at.
 void TypeChosen(HWND dialog, GroupState& state, LogoType type) {
     state.type = type;
-    std::wstring converted;
-    for (const Logo& logo : state.logos) {
-        ConvertLogo(logo, type, converted, state.buffers);
+    for (Logo& logo : state.logos) {
+        KeepConverted(logo, type, state.buffers);
     }
     RepaintSoon(dialog);
 }
 
-void HalftoneChosen(HWND dialog, GroupState& state, Halftone halftone) noexcept {
+// What is sent is what is set, also when the page is not painted before that.
+void SettingsChanged(HWND dialog, GroupState& state, Logo& logo) {
+    KeepConverted(logo, state.type, state.buffers);
+    RepaintSoon(dialog);
+}
+
+void HalftoneChosen(HWND dialog, GroupState& state, Halftone halftone) {
     if (Logo* const logo = SelectedLogo(dialog, state)) {
         logo->settings.halftone = halftone;
-        RepaintSoon(dialog);
+        SettingsChanged(dialog, state, *logo);
     }
 }
 
+// The mouse's release is told several times: the first one converts.
 void SliderReleased(HWND dialog, const Slider& slider) {
     GroupState* const state = StateOf(dialog);
     Logo* const logo = state != nullptr ? SelectedLogo(dialog, *state) : nullptr;
     if (logo == nullptr) {
         return;
     }
-    const int position = static_cast<int>(SendDlgItemMessageW(dialog, slider.control, TBM_GETPOS, 0, 0));
+    const auto position =
+        static_cast<std::int32_t>(SendDlgItemMessageW(dialog, slider.control, TBM_GETPOS, 0, 0));
     ShowValue(dialog, slider, position);
-    logo->settings.tone.*slider.setting = position;
+    std::int32_t& setting = logo->settings.tone.*slider.setting;
+    if (setting != position) {
+        setting = position;
+        SettingsChanged(dialog, *state, *logo);
+    }
+    RepaintSoon(dialog);
+    // The sheet may take the page away when it hears this.
     MarkChanged(dialog);
-    RepaintNow(dialog);
 }
 
 const Slider* FindSlider(int control) noexcept {
@@ -264,31 +304,57 @@ const Slider* FindSlider(int control) noexcept {
     return found != std::end(kSliders) ? found : nullptr;
 }
 
-// Reads, converts and draws the selected logo anew.
-void DrawPreview(HWND dialog, GroupState& state) {
-    const HWND frame = GetDlgItem(dialog, IDC_LOGO_PREVIEW);
+// Which of the selected logo's settings count, and what it shows.
+LogoView ViewOfSelected(HWND dialog, GroupState& state) {
     const Logo* const logo = SelectedLogo(dialog, state);
     if (logo == nullptr) {
-        EnableSettings(dialog, {});
-        state.preview.Clear();
+        return {};
+    }
+    // Of a file that cannot be opened they stay those of no bitmap.
+    BitmapHeaders headers{};
+    ReadLogoHeaders(logo->path, headers);
+    return ViewOfLogo(state.type, headers);
+}
+
+// The bytes of the bitmap file that a logo shows; null for none.
+std::vector<std::uint8_t>* ShownFile(const Logo& logo, LogoPreviewKind shows, LogoType type,
+                                     LogoBuffers& buffers) {
+    std::wstring converted;
+    switch (shows) {
+        case LogoPreviewKind::kNothing:
+            break;
+        case LogoPreviewKind::kSource:
+            return ReadLogoFile(logo.path, buffers.source) ? &buffers.source : nullptr;
+        case LogoPreviewKind::kConverted:
+            return ConvertLogo(logo, type, converted, buffers) == LogoStatus::kWritten ? &buffers.converted
+                                                                                       : nullptr;
+    }
+    return nullptr;
+}
+
+// Reads, converts and draws the selected logo anew.
+void DrawPreview(HWND dialog) {
+    GroupState* state = StateOf(dialog);
+    if (state == nullptr) {
+        return;
+    }
+    const LogoView view = ViewOfSelected(dialog, *state);
+    EnableSettings(dialog, view);
+    // The focus may have moved, and who heard of it may have closed the page.
+    state = StateOf(dialog);
+    if (state == nullptr) {
+        return;
+    }
+    const HWND frame = GetDlgItem(dialog, IDC_LOGO_PREVIEW);
+    const Logo* const logo = SelectedLogo(dialog, *state);
+    if (logo == nullptr) {
+        state->preview.Clear();
         InvalidateRect(frame, nullptr, FALSE);
         return;
     }
-    BitmapHeaders headers{};
-    const bool isOpened = ReadLogoHeaders(logo->path, headers) != LogoHeadersResult::kCannotOpen;
-    const LogoView view = isOpened ? ViewOfLogo(state.type, headers) : LogoView();
-    EnableSettings(dialog, view);
-    std::vector<std::uint8_t>* file = nullptr;
-    std::wstring converted;
-    if (view.shows == LogoPreviewKind::kConverted) {
-        if (ConvertLogo(*logo, state.type, converted, state.buffers) == LogoStatus::kWritten) {
-            file = &state.buffers.converted;
-        }
-    } else if (view.shows == LogoPreviewKind::kSource && ReadLogoFile(logo->path, state.buffers.source)) {
-        file = &state.buffers.source;
-    }
     std::vector<std::uint8_t> none;
-    state.preview.Draw(frame, file != nullptr ? *file : none);
+    std::vector<std::uint8_t>* const file = ShownFile(*logo, view.shows, state->type, state->buffers);
+    state->preview.Draw(frame, file != nullptr ? *file : none);
 }
 
 void ShowColumnTitles(HWND list) {
@@ -389,20 +455,17 @@ bool LogoNotified(HWND dialog, const NMHDR& header) {
     return true;
 }
 
-// The keyboard and the wheel do not capture a slider. The mouse does, and of what its release sends the last
-// counts, so that a picture is converted once.
+// A slider that the keyboard or the wheel moves is never captured.
 void LogoSliderMoved(HWND dialog, HWND slider, int code) {
     const Slider* const found = FindSlider(GetDlgCtrlID(slider));
-    if (found != nullptr && (code == TB_ENDTRACK || code == TB_THUMBPOSITION) && GetCapture() != slider) {
+    if (found != nullptr && (code == TB_ENDTRACK || code == TB_THUMBPOSITION)) {
         SliderReleased(dialog, *found);
     }
 }
 
 void LogoGroupPainted(HWND dialog) {
     ShowColumnTitles(ListOf(dialog));
-    if (GroupState* const state = StateOf(dialog)) {
-        DrawPreview(dialog, *state);
-    }
+    DrawPreview(dialog);
 }
 
 bool LogoFrameUncovered(HWND dialog, const DRAWITEMSTRUCT& item) {

@@ -1,6 +1,8 @@
 #include "devpages/logo_list.h"
 
 #include <algorithm>
+#include <exception>
+#include <utility>
 
 #include "printer/bitmap_headers.h"
 #include "printer/logo_raster.h"
@@ -49,11 +51,17 @@ bool ReadMono(const Logo& logo, LogoType type, RasterWork& work) {
         return isOpened && headers.bitCount == kMonoBits ? ReadLogoFile(logo.path, work.file)
                                                          : ReadConverted(logo, type, work);
     }
-    std::wstring path = logo.path;
-    return isOpened &&
-           (headers.bitCount != kColourBits ||
-            ConvertLogo(logo, type, path, work.buffers) == LogoStatus::kWritten) &&
-           ReadLogoFile(path, work.file);
+    if (!isOpened) {
+        return false;
+    }
+    if (headers.bitCount == kColourBits) {
+        std::wstring path;
+        return ConvertLogo(logo, type, path, work.buffers) == LogoStatus::kWritten &&
+               ReadLogoFile(path, work.file);
+    }
+    // Headers that could not be read tell no depth. The file would then pass for one of another depth, which
+    // leaves the job open.
+    return ReadLogoFile(logo.path, work.file) && ReadBitmapHeaders(work.file).bitCount == headers.bitCount;
 }
 
 RasterResult MakeMonoRaster(const Logo& logo, LogoType type, RasterWork& work) {
@@ -90,6 +98,23 @@ LogoStatus ConvertLogo(const Logo& logo, LogoType type, std::wstring& output, Lo
         return LogoStatus::kFailed;
     }
     return ChangeToGrayBitmap(logo.path, headers.bitCount, settings.tone, output, buffers);
+}
+
+void KeepConverted(Logo& logo, LogoType type, LogoBuffers& buffers) noexcept {
+    std::wstring converted;
+    if (ConvertLogo(logo, type, converted, buffers) == LogoStatus::kWritten) {
+        logo.isConverted = true;
+    } else if (std::exchange(logo.isConverted, false)) {
+        DeleteConverted(logo);
+    }
+}
+
+void DeleteConverted(const Logo& logo) noexcept {
+    try {
+        DeleteFileW(AtAnyLength(ConvertedPath(logo.path)).c_str());
+    } catch (const std::exception&) {
+        // No memory for its name: the file stays.
+    }
 }
 
 std::optional<Message> ReasonNotToSend(const Logos& logos) {

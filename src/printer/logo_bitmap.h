@@ -42,8 +42,9 @@ constexpr std::uint64_t kMaxMissingPixels = 1024 * 768;
 // them, wherever the header says that they are. Pixel bytes that the file lacks are 0.
 class LogoPicture {
   public:
-    // Nothing for another format, and for a size that no file has: none or a negative one, or more than
-    // 32 bits count. The picture may refer to `file`. May throw bad_alloc.
+    // Nothing for another format, for a size that no file has (no or a negative width, no height, more bytes
+    // than a signed 32-bit size counts) and for more missing pixels than kMaxMissingPixels. The picture may
+    // refer to `file`. May throw bad_alloc.
     static std::optional<LogoPicture> Read(std::span<const std::uint8_t> file);
 
     LogoPicture(LogoPicture&&) noexcept = default;

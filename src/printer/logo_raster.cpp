@@ -1,15 +1,17 @@
 // Black and white:
 //
 //      xL xH yL yH      x bytes a row of the bitmap, y bytes a column
-//      x * 8 columns    from the left, each y bytes from the top, the highest bit on top; a set bit is
-//      printed
+//      x * 8 columns    from the left, each y bytes from the top
+//
+// The highest bit of a byte is on top, and a set bit is printed.
 //
 // Grey:
 //
 //      1 0 xL xH yL yH  x bytes a row of one plane, y times 8 rows of planes
-//      rows             from the top, each in four planes from the grey level's highest bit on; the highest
-//      bit
-//                       of a byte is on the left; a set bit is dark
+//      rows             from the top, each in four planes
+//
+// The planes are the grey level's bits from the highest on. The highest bit of a byte is on the left, and a
+// set bit is dark.
 #include "printer/logo_raster.h"
 
 #include <algorithm>

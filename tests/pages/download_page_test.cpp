@@ -1,5 +1,6 @@
-// The Download page: what it says, which file it offers and takes, and what it sends of it. In the real sheet
-// with a virtual printer, and made alone where it is to be asked directly or to go at a bad moment.
+// The Download page: what it says, all of it, and which file its upper group offers, takes and sends. In the
+// real sheet with a virtual printer, and made alone where it is to be asked directly or to go at a bad
+// moment.
 #include <windows.h>
 
 #include <commctrl.h>
@@ -34,12 +35,13 @@ constexpr int kNote = 1146;
 constexpr int kPath = 1039;
 constexpr int kBrowse = 1040;
 constexpr int kSend = 1036;
+constexpr int kLogos = 1041;
 
 struct Caption {
     int control;
     const wchar_t* key;
-    const wchar_t* english;
-    std::size_t length;  // in units, with the terminator
+    const wchar_t* english;  // null: what the English file says
+    std::size_t length;      // in units, with the terminator
 };
 
 constexpr Caption kCaptions[] = {
@@ -48,39 +50,104 @@ constexpr Caption kCaptions[] = {
      L"You can select various files to download to the printer, such as firmware files,font files", 256},
     {kBrowse, L"RC_BROWSE_FIREWARE", L"Browse", 20},
     {kSend, L"RC_DOWNLOAD_FIREWARE", L"Download", 20},
+    {1164, L"RC_STATIC_LOGODOWNLOAD", L"Logo Download", 20},
+    {1165, L"RC_STATIC_PREVIEW", L"Preview", 20},
+    {1087, L"RC_ORIGINAL", L"Original", 20},
+    {1061, L"RC_MONO", L"Transformation", 20},
+    {1088, L"RC_GRAY", L"Gray", 20},
+    {1166, L"RC_STATIC_HALFTONE", L"HalfTone", 20},
+    {1089, L"RC_NONE", L"None", 20},
+    {1090, L"RC_DITHERM3", L"Dither M3", 20},
+    {1091, L"RC_DITHERM4", L"Dither M4", 20},
+    {1092, L"RC_DIFFUSE", L"Error Diffuse", 20},
+    {1167, L"RC_STATIC_CONANDBRIGHT", L"Contrast and Brightness", 50},
+    {1147, L"RC_STATIC_CONTRA", L"Contrast:", 20},
+    {1148, L"RC_STATIC_BRIGHT", L"Brightness:", 20},
+    {1042, L"RC_LOGO_ADD", L"Add", 20},
+    {1043, L"RC_LOGO_DELETE", L"Delete", 20},
+    {1044, L"RC_LOGO_DOWNLOAD", L"Download all", 20},
+    {1045, L"RC_LOGO_CLEARALLLOGOS", L"Clear All Logos", 20},
+    {1149, L"RC_STATIC_DOWNOWNLOAD_NOTICE", L"Notice: Select the type of the logos before downloading.", 256},
 };
+
+// Of the list of logos; the control is the column's number.
+constexpr Caption kColumns[] = {
+    {0, L"RC_LOGOID", L"ID", 20}, {1, L"RC_LOGONAME", L"Name", 20}, {2, L"RC_LOGOPATH", L"Path", 20}};
 
 constexpr Caption kHelps[] = {
     {kPath, L"CTEXT_EDIT_FIREWARE", L"Select the path of file that needs to be downloaded to printer.", 1024},
     {kBrowse, L"CTEXT_BROWSE_FIREWARE", L"Select the path of file that needs to be downloaded to printer.",
      1024},
     {kSend, L"CTEXT_DOWNLOAD_FIREWARE", L"Download the selected file to printer.", 1024},
+    {1042, L"CTEXT_LOGO_ADD", L"Add one Logo to the list.", 1024},
+    {1043, L"CTEXT_LOGO_DELETE", L"Delete one Logo from the list.", 1024},
+    {1045, L"CTEXT_LOGO_CLEARALLLOGOS", L"Clear all the Logos in printer.", 1024},
+    {1041, L"CTEXT_LIST_LOGO", nullptr, 1024},
+    {1087, L"CTEXT_ORIGINAL", nullptr, 1024},
+    {1061, L"CTEXT_MONO", nullptr, 1024},
+    {1088, L"CTEXT_GRAY", nullptr, 1024},
+    {1089, L"CTEXT_NONE", nullptr, 1024},
+    {1090, L"CTEXT_DITHERM3", nullptr, 1024},
+    {1091, L"CTEXT_DITHERM4", nullptr, 1024},
+    {1092, L"CTEXT_DIFFUSE", nullptr, 1024},
+    {1095, L"CTEXT_SLIDER_CONTRAST", nullptr, 1024},
+    {1083, L"CTEXT_SLIDER_BRIGHTNESS", nullptr, 1024},
+    {1044, L"CTEXT_LOGO_DOWNLOAD", nullptr, 1024},
 };
 
 constexpr const wchar_t* kLanguages[] = {kEnglish, kSimplifiedChinese, kTraditionalChinese};
 
+std::wstring EnglishOf(const Caption& caption) {
+    return caption.english != nullptr ? caption.english : SourceText(kEnglish, L"DOWNLOAD", caption.key);
+}
+
+std::wstring TitleOf(const Window& page, int column) {
+    wchar_t text[1024] = {};
+    LVCOLUMNW description = {};
+    description.mask = LVCF_TEXT;
+    description.pszText = text;
+    description.cchTextMax = static_cast<int>(std::size(text));
+    page.Send(kLogos, LVM_GETCOLUMNW, static_cast<WPARAM>(column), reinterpret_cast<LPARAM>(&description));
+    return text;
+}
+
+// Of the controls, then of the list's columns.
 Texts CaptionsOf(const Window& page) {
     Texts texts;
     for (const Caption& caption : kCaptions) {
         texts.push_back(page.Text(caption.control));
     }
+    for (const Caption& column : kColumns) {
+        texts.push_back(TitleOf(page, column.control));
+    }
+    return texts;
+}
+
+// `textOf` each caption, in the same order.
+template <typename TextOf>
+Texts CaptionTexts(const TextOf& textOf) {
+    Texts texts;
+    std::transform(std::begin(kCaptions), std::end(kCaptions), std::back_inserter(texts), textOf);
+    std::transform(std::begin(kColumns), std::end(kColumns), std::back_inserter(texts), textOf);
     return texts;
 }
 
 Texts SourceCaptions(const wchar_t* file) {
-    Texts texts;
-    for (const Caption& caption : kCaptions) {
-        texts.push_back(SourceText(file, L"DOWNLOAD", caption.key));
-    }
-    return texts;
+    return CaptionTexts(
+        [file](const Caption& caption) { return SourceText(file, L"DOWNLOAD", caption.key); });
 }
 
 Texts DefaultCaptions() {
-    Texts texts;
-    for (const Caption& caption : kCaptions) {
-        texts.emplace_back(caption.english);
-    }
-    return texts;
+    return CaptionTexts(&EnglishOf);
+}
+
+// Also of a control that is switched off, which no pointer reaches.
+std::wstring HelpWithPointerOver(const Window& page, int control) {
+    const HWND window = page.Control(control);
+    const POINT centre = CentreOf(window);
+    SetCursorPos(centre.x, centre.y);
+    SendMessageW(window, WM_MOUSEMOVE, 0, 0);
+    return HelpTextOf(window);
 }
 
 // A call that a file is read with.
@@ -321,34 +388,34 @@ TEST_F(DownloadPageTest, ShowsItsTextsInEveryLanguage) {
 
 TEST_F(DownloadPageTest, ShowsEnglishWithoutAnyFile) {
     RemoveAllLanguageFiles();
-    OpenPage([&](UiDriver& ui, Sheet& sheet, const Window& page) {
+    OpenPage([&](UiDriver&, Sheet& sheet, const Window& page) {
         EXPECT_EQ(sheet.TabTitles().at(3), L"Download");
         EXPECT_EQ(CaptionsOf(page), DefaultCaptions());
-        page.AppendText(kPath, L"x");
         for (const Caption& help : kHelps) {
-            ExpectHelp(ui, page, help.control, CentreOf(page.Control(help.control)), help.english);
+            EXPECT_EQ(HelpWithPointerOver(page, help.control), EnglishOf(help));
         }
     });
 }
 
 TEST_F(DownloadPageTest, CutsLongTexts) {
     std::wstring file = L"[DOWNLOAD]\r\n";
-    for (const auto& table : {std::span<const Caption>(kCaptions), std::span<const Caption>(kHelps)}) {
+    for (const auto& table : {std::span<const Caption>(kCaptions), std::span<const Caption>(kColumns),
+                              std::span<const Caption>(kHelps)}) {
         for (const Caption& caption : table) {
             file += caption.key + (L"=" + std::wstring(caption.key)) + std::wstring(1200, L'x') + L"\r\n";
         }
     }
     file += L"RC_DOWNLOADFORM=abcdefghijklmnopqrstuvwxyz\r\n";
     WriteUserFile(kEnglish, file);
-    OpenPage([&](UiDriver& ui, Sheet& sheet, const Window& page) {
+    const auto cut = [](const Caption& caption) {
+        return (caption.key + std::wstring(1200, L'x')).substr(0, caption.length - 1);
+    };
+    OpenPage([&](UiDriver&, Sheet& sheet, const Window& page) {
         EXPECT_EQ(sheet.TabTitles().at(3), L"abcdefghijklmnopqrs");
-        for (const Caption& caption : kCaptions) {
-            EXPECT_EQ(page.Text(caption.control),
-                      (caption.key + std::wstring(1200, L'x')).substr(0, caption.length - 1));
+        EXPECT_EQ(CaptionsOf(page), CaptionTexts(cut));
+        for (const Caption& help : kHelps) {
+            EXPECT_EQ(HelpWithPointerOver(page, help.control), cut(help));
         }
-        const Caption& help = kHelps[0];
-        ExpectHelp(ui, page, help.control, CentreOf(page.Control(help.control)),
-                   (help.key + std::wstring(1200, L'x')).substr(0, help.length - 1));
     });
 }
 
@@ -356,7 +423,7 @@ TEST_F(DownloadPageTest, FollowsTheLanguageWhileItIsOpen) {
     OpenPage([&](UiDriver& ui, Sheet& sheet, const Window& page) {
         SetPath(page, L"C:\\till.jk");
         const POINT over_send = CentreOf(page.Control(kSend));
-        ExpectHelp(ui, page, kSend, over_send, kHelps[2].english);
+        ExpectHelp(ui, page, kSend, over_send, EnglishOf(kHelps[2]));
         for (const wchar_t* file : {kTraditionalChinese, kSimplifiedChinese}) {
             ChooseLanguage(file);
             Repaint(page);
@@ -365,19 +432,20 @@ TEST_F(DownloadPageTest, FollowsTheLanguageWhileItIsOpen) {
         }
         WriteUserFile(kSimplifiedChinese, L"[DOWNLOAD]\r\nRC_BROWSE_FIREWARE=Find\r\n");
         Repaint(page);
-        EXPECT_THAT(CaptionsOf(page),
-                    ElementsAre(kCaptions[0].english, kCaptions[1].english, L"Find", kCaptions[3].english));
+        EXPECT_EQ(CaptionsOf(page), CaptionTexts([](const Caption& caption) {
+                      return caption.control == kBrowse ? L"Find" : EnglishOf(caption);
+                  }));
         EXPECT_EQ(page.Text(kPath), L"C:\\till.jk");
         EXPECT_FALSE(sheet.IsApplyEnabled());
     });
 }
 
-TEST_F(DownloadPageTest, ThreeControlsHaveHelp) {
+TEST_F(DownloadPageTest, EveryControlHasHelp) {
     OpenPage([&](UiDriver& ui, Sheet&, const Window& page) {
-        page.AppendText(kPath, L"x");
         for (const Caption& help : kHelps) {
-            EXPECT_EQ(SourceText(kEnglish, L"DOWNLOAD", help.key), help.english);
-            ExpectHelp(ui, page, help.control, CentreOf(page.Control(help.control)), help.english);
+            EXPECT_EQ(SourceText(kEnglish, L"DOWNLOAD", help.key), EnglishOf(help));
+            EnableWindow(page.Control(help.control), TRUE);
+            ExpectHelp(ui, page, help.control, CentreOf(page.Control(help.control)), EnglishOf(help));
         }
         EXPECT_EQ(HelpedBeside(page.Control(kPath)), std::size(kHelps));
     });
@@ -391,21 +459,25 @@ TEST_F(DownloadPageTest, KnowsItsTextsBeforeItIsPainted) {
     lone.Make();
     EXPECT_EQ(CaptionsOf(lone.Page()), SourceCaptions(kTraditionalChinese));
     for (const Caption& help : kHelps) {
-        const HWND control = GetDlgItem(lone.handle(), help.control);
-        const POINT centre = CentreOf(control);
-        SetCursorPos(centre.x, centre.y);
-        SendMessageW(control, WM_MOUSEMOVE, 0, 0);
-        EXPECT_EQ(HelpTextOf(control), SourceText(kTraditionalChinese, L"DOWNLOAD", help.key));
+        EXPECT_EQ(HelpWithPointerOver(lone.Page(), help.control),
+                  SourceText(kTraditionalChinese, L"DOWNLOAD", help.key));
     }
 }
 
 // Places
 
 TEST_F(DownloadPageTest, HasItsPlaceInTheSheet) {
-    ExpectTemplate(Host().module(), kTemplate, 297, 205, L"Download");
+    ExpectTemplate(Host().module(), kTemplate, 297, 224, L"Download");
 }
 
 TEST_F(DownloadPageTest, HasTheseControls) {
+    constexpr DWORD kButton = WS_TABSTOP | BS_PUSHBUTTON;
+    constexpr DWORD kButtonMask = WS_TABSTOP | BS_TYPEMASK | WS_DISABLED;
+    constexpr DWORD kRadio = BS_AUTORADIOBUTTON | WS_DISABLED;
+    constexpr DWORD kFirstRadio = kRadio | WS_GROUP;
+    constexpr DWORD kRadioMask = BS_TYPEMASK | WS_DISABLED | WS_GROUP;
+    constexpr DWORD kSlider = WS_TABSTOP | WS_DISABLED | TBS_HORZ | TBS_NOTICKS;
+    constexpr DWORD kSliderMask = WS_TABSTOP | WS_DISABLED | TBS_VERT | TBS_NOTICKS;
     const struct {
         int control;
         const wchar_t* kind;
@@ -417,6 +489,31 @@ TEST_F(DownloadPageTest, HasTheseControls) {
          WS_TABSTOP | ES_AUTOHSCROLL | ES_READONLY | ES_MULTILINE},
         {kBrowse, WC_BUTTONW, WS_TABSTOP | BS_PUSHBUTTON, WS_TABSTOP | BS_TYPEMASK | WS_DISABLED},
         {kSend, WC_BUTTONW, WS_TABSTOP | BS_PUSHBUTTON | WS_DISABLED, WS_TABSTOP | BS_TYPEMASK | WS_DISABLED},
+        {1164, WC_BUTTONW, WS_GROUP | BS_GROUPBOX, WS_GROUP | BS_TYPEMASK},
+        {kLogos, WC_LISTVIEWW, WS_TABSTOP | LVS_REPORT | LVS_SINGLESEL | LVS_SHOWSELALWAYS,
+         WS_TABSTOP | LVS_TYPEMASK | LVS_SINGLESEL | LVS_SHOWSELALWAYS | LVS_EDITLABELS | WS_DISABLED},
+        {1165, WC_BUTTONW, BS_GROUPBOX, BS_TYPEMASK},
+        {1046, WC_STATICW, SS_OWNERDRAW, SS_TYPEMASK},
+        {1042, WC_BUTTONW, kButton, kButtonMask},
+        {1043, WC_BUTTONW, kButton, kButtonMask},
+        {1044, WC_BUTTONW, kButton, kButtonMask},
+        {1045, WC_BUTTONW, kButton, kButtonMask},
+        {1087, WC_BUTTONW, kFirstRadio, kRadioMask},
+        {1061, WC_BUTTONW, kRadio, kRadioMask},
+        {1088, WC_BUTTONW, kRadio, kRadioMask},
+        {1166, WC_BUTTONW, WS_GROUP | BS_GROUPBOX, WS_GROUP | BS_TYPEMASK},
+        {1089, WC_BUTTONW, kFirstRadio, kRadioMask},
+        {1090, WC_BUTTONW, kRadio, kRadioMask},
+        {1091, WC_BUTTONW, kRadio, kRadioMask},
+        {1092, WC_BUTTONW, kRadio, kRadioMask},
+        {1167, WC_BUTTONW, WS_GROUP | BS_GROUPBOX, WS_GROUP | BS_TYPEMASK},
+        {1147, WC_STATICW, SS_LEFT, SS_TYPEMASK},
+        {1095, TRACKBAR_CLASSW, kSlider, kSliderMask},
+        {1096, WC_STATICW, SS_RIGHT, SS_TYPEMASK},
+        {1148, WC_STATICW, SS_LEFT, SS_TYPEMASK},
+        {1083, TRACKBAR_CLASSW, kSlider, kSliderMask},
+        {1086, WC_STATICW, SS_RIGHT, SS_TYPEMASK},
+        {1149, WC_STATICW, SS_LEFT | SS_NOPREFIX, SS_TYPEMASK | SS_NOPREFIX},
     };
     LonePrinterPage lone(Description(), printer().handle());
     lone.Make();
@@ -442,7 +539,8 @@ TEST_F(DownloadPageTest, TabGoesFromTheTopToTheBottom) {
         ui.WaitUntil([&] { return GetForegroundWindow() == sheet.handle(); }, "the sheet in front");
         page.Focus(kPath);
         WaitForFocus(ui, page, kPath);
-        for (const int control : {kBrowse, kSend}) {
+        // Of the lower group what is not greyed while it has no logos.
+        for (const int control : {kBrowse, kSend, kLogos, 1042, 1043, 1044, 1045}) {
             PressKey(VK_TAB);
             WaitForFocus(ui, page, control);
         }
@@ -809,7 +907,7 @@ TEST_F(DownloadPageTest, ActsOnItsOwnNotificationsOnly) {
             EXPECT_EQ(lone.Use(control, notification), TRUE);
         }
     }
-    for (const int control : {IDOK, IDCANCEL, kGroup, kNote, 0, 1041}) {
+    for (const int control : {IDOK, IDCANCEL, kGroup, kNote, 0, kLogos, 1046, 1095, 1149}) {
         EXPECT_EQ(lone.Use(control), FALSE) << control;
     }
     EXPECT_THAT(boxes_, IsEmpty());

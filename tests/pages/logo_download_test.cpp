@@ -807,9 +807,9 @@ TEST_F(LogoDownloadTest, SendsWhatWasConvertedWhenTheSourceVanished) {
                 ExpectLogos(page, Kind::kGrey, {GreyLogo(picture)});
             }
         }
-        // An original cannot be converted then.
+        // For another type it cannot be converted then, and what it was before does not count.
         page.Click(kOriginalType);
-        ExpectBroken(page, Begin(Kind::kMono, 1), 2);
+        ExpectNoSize(page);
     });
 }
 
@@ -848,6 +848,19 @@ TEST_F(LogoDownloadTest, EndsTheJobAtADamagedFile) {
         EXPECT_THAT(TakeCalls(),
                     ElementsAre("StartDocPrinterW", "StartPagePrinter", "WritePrinter", "WritePrinter"));
     });
+}
+
+// The printer gets what is set, also when the press comes before the page is painted.
+TEST_F(LogoDownloadTest, SendsWhatIsSetBeforeItIsShown) {
+    const Picture picture = Blots(16, 16, 1);
+    LonePrinterPage lone(PrinterPageDescription(Host(), kTemplate), printer().handle());
+    lone.Make();
+    lone.Use(kMonoType);
+    const Path path = Write(L"logo.bmp", FileOf(picture, 24));
+    Add(lone.Page(), path);
+    ExpectLogos(lone.Page(), Kind::kMono, {DitheredLogo(picture, 24)});
+    lone.Use(kNoHalftone);
+    ExpectLogos(lone.Page(), Kind::kMono, {MonoLogo(picture)});
 }
 
 // Clear All Logos

@@ -640,10 +640,37 @@ TEST_F(LogoFileTest, AConvertedFileThatMayNotBeWrittenStays) {
         WatchedFiles files;
         files.failing = 10;
         EXPECT_EQ(Mono(), LogoStatus::kFailed);
-        EXPECT_EQ(files.calls.back(), L"open shopTemp.bmp 1073741824 0 4");
+        EXPECT_EQ(files.calls.back(), L"open shopTemp.bmp 1073741824 5 4");
     }
     EXPECT_EQ(output_, kBefore);
     EXPECT_EQ(Get(converted_), (Bytes{1, 2, 3}));
+}
+
+// As makers of thumbnails open it.
+TEST_F(LogoFileTest, AConvertedFileThatSomebodyLooksAtIsWritten) {
+    const Bytes picture = OfDepth(24);
+    Put(source_, picture);
+    Put(converted_, {1, 2, 3});
+    const HANDLE other =
+        CreateFileW(converted_.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(other, INVALID_HANDLE_VALUE);
+    const LogoStatus status = Mono();
+    CloseHandle(other);
+    ExpectWritten(status, reference::MonoFile(picture, 1, 20, -30));
+}
+
+// 16 MB at most, before memory is taken.
+TEST_F(LogoFileTest, AFarPixelOffsetOfALargeFileIsNotRead) {
+    Bytes picture = OfDepth(24);
+    Set(picture, 10, 4, 0x3000000);
+    Put(source_, picture);
+    const HANDLE file = CreateFileW(source_.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    SetFilePointer(file, 0x4000000, nullptr, FILE_BEGIN);
+    SetEndOfFile(file);
+    CloseHandle(file);
+    EXPECT_EQ(Mono(), LogoStatus::kFailed);
+    EXPECT_LT(buffers_.source.capacity(), 1000u);
 }
 
 TEST_F(LogoFileTest, AConvertedFileThatIsOpenElsewhereStays) {
@@ -676,7 +703,7 @@ TEST_F(LogoFileTest, HalfAFileIsNotLeftBehind) {
         ASSERT_GE(files.calls.size(), 4u);
         EXPECT_EQ(
             Calls(files.calls.end() - 4, files.calls.end()),
-            (Calls{L"open shopTemp.bmp 1073741824 0 4", L"write 82", L"close", L"delete shopTemp.bmp"}));
+            (Calls{L"open shopTemp.bmp 1073741824 5 4", L"write 82", L"close", L"delete shopTemp.bmp"}));
         EXPECT_EQ(files.open, 0);
     }
     EXPECT_FALSE(IsConverted());
@@ -687,7 +714,7 @@ TEST_F(LogoFileTest, HalfAFileIsNotLeftBehind) {
 const Calls kHeadersRead = {L"open shop.bmp 2147483648 7 3", L"type", L"read 62", L"close"};
 const Calls kFileRead = {
     L"open shop.bmp 2147483648 7 3", L"type", L"size", L"read 62", L"read 192", L"close"};
-const Calls kFileWritten = {L"open shopTemp.bmp 1073741824 0 4", L"write 82", L"set end", L"close"};
+const Calls kFileWritten = {L"open shopTemp.bmp 1073741824 5 4", L"write 82", L"set end", L"close"};
 
 const Calls kGone = {L"close", L"delete shopTemp.bmp"};
 

@@ -145,7 +145,7 @@ TEST(ConvertToMono, NothingOfOneGreyIsAboveItsMean) {
     }
 }
 
-// The mean of the curved values, not the curved mean: 0, 0, 255 at 50 stay, 100 becomes 82; 84.25 as mean.
+// The mean is that of the curved values, not the curved one of the values.
 TEST(ConvertToMono, TheMeanIsOfCurvedValues) {
     const Bytes source = pictures::Front(4, 1, 8) + Bytes{0, 84, 255, 102};
     // 84: 34 * 255 / 155 = 55; 102: 52 * 255 / 155 = 85; (55 + 255 + 85) / 4 = 98
@@ -158,7 +158,7 @@ TEST(ConvertToMono, TheMeanIsOfCurvedValues) {
     EXPECT_EQ(MonoRows(source, 8, Halftone::kNone, {0, 100}), (Bytes{0x30, 0, 0, 0}));
 }
 
-// 32 / 4 = 8, 34 / 4 = 8: the entry of column 2 in row 0. The same level, equal to its threshold.
+// 32 / 4 = 8, 35 / 4 = 8: the entry of column 2 in row 0. The same level, equal to its threshold.
 TEST(ConvertToMono, EqualIsWhiteOf24BitsAndBlackOfEight) {
     for (const int level : {32, 35}) {
         const auto flat = pictures::Flat(static_cast<std::uint8_t>(level), static_cast<std::uint8_t>(level),
@@ -359,20 +359,33 @@ TEST(ConvertToMono, SumsWrapAt32Bits) {
 // Shares are rounded to zero and end at the borders; the tone of a picture stays.
 TEST(ConvertToMono, ErrorDiffusionKeepsTheTone) {
     for (const unsigned seed : {1u, 2u, 3u}) {
-        const Bytes source = pictures::File(1024, 768, 8, pictures::Photo(seed));
-        double sum = 0;
-        for (const std::uint8_t level : RowsOf(source, 8)) {
-            sum += level;
-        }
-        std::size_t white = 0;
-        for (unsigned bits : MonoRows(source, 8, Halftone::kErrorDiffuse)) {
-            for (; bits != 0; bits &= bits - 1) {
-                ++white;
+        for (const unsigned bits : {8u, 24u}) {
+            const Bytes source = pictures::File(1024, 768, bits, pictures::Photo(seed));
+            double sum = 0;
+            for (const std::uint8_t level : RowsOf(reference::GreyFile(source, 0, 0), 8)) {
+                sum += level;
             }
+            std::size_t white = 0;
+            for (unsigned packed : MonoRows(source, bits, Halftone::kErrorDiffuse)) {
+                for (; packed != 0; packed &= packed - 1) {
+                    ++white;
+                }
+            }
+            const double mean = sum / (1024 * 768);
+            const double printed = static_cast<double>(white) * 255 / (1024 * 768);
+            EXPECT_NEAR(printed, mean, mean / 100) << seed << ", " << bits << " bits";
         }
-        const double mean = sum / (1024 * 768);
-        const double printed = static_cast<double>(white) * 255 / (1024 * 768);
-        EXPECT_NEAR(printed, mean, mean / 100) << seed;
+    }
+}
+
+TEST(ConvertToGrey, OneBitIsThePlainWay) {
+    for (int width = 1; width <= 1024; width = width == 130 ? 1023 : width + 1) {
+        const Bytes levels = pictures::File(width, 3, 8, pictures::Random(static_cast<unsigned>(width)));
+        const Bytes source = reference::MonoFile(levels, 1, 0, 0);
+        const LogoTone tone = {width % 201 - 100, width % 7 * 30 - 90};
+        Bytes output;
+        ASSERT_EQ(ConvertToGrey(source, 1, tone, output), LogoConversion::kConverted);
+        ASSERT_TRUE(output == reference::GreyFile(source, tone.contrast, tone.brightness)) << width;
     }
 }
 

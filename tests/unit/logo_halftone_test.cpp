@@ -125,11 +125,17 @@ TEST(ErrorDiffusion, APixelIsWhiteFrom129On) {
 
 // Three rows of grey 100. What each pixel passes on: ahead and down 3/8, diagonally 1/4.
 //
-//      row 0, from the right: 100 black: 37, 25; 137 white, -118: -44, -29; 56 black: 21, 14
-//      given to row 1: 21 - 29 = -8, -44 + 25 = -19, 37
-//      row 1, from the left: 92 black: 34, 23; 100 - 19 + 34 = 115 black: 43, 28; 100 + 37 + 43 = 180 white,
-//      -75: -28 given to row 2: 34, 43 + 23 = 66, -28 + 28 = 0 row 2, from the right: 100 black: 37; 100 + 66
-//      + 37 = 203 white, -52: -19; 100 + 34 - 19 = 115 black
+//      row 0, from the right    100 black: 37, 25
+//                               137 white, -118: -44, -29
+//                               56 black: 21, 14
+//      given to row 1           21 - 29 = -8, -44 + 25 = -19, 37
+//      row 1, from the left     92 black: 34, 23
+//                               100 - 19 + 34 = 115 black: 43, 28
+//                               100 + 37 + 43 = 180 white, -75: -28
+//      given to row 2           34, 43 + 23 = 66, -28 + 28 = 0
+//      row 2, from the right    100 black: 37
+//                               100 + 66 + 37 = 203 white, -52: -19
+//                               100 + 34 - 19 = 115 black
 TEST(ErrorDiffusion, WalksFromTheRightAndFromTheLeftInTurn) {
     ErrorDiffusion diffusion(3);
     const Bytes grey(3, 100);

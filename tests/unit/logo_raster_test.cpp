@@ -198,6 +198,31 @@ TEST(Rasters, MissingPixelsAreZero) {
               (Bytes{1, 0, 1, 0, 1, 0, 0xF0, 0xF0, 0xF0, 0xF0, 0, 0, 0, 0}));
 }
 
+// The same rows, stored from the top.
+Bytes TopDown(const Bytes& file, int height) {
+    constexpr std::size_t kPixelsAt = 62;
+    const std::size_t rowBytes = (file.size() - kPixelsAt) / static_cast<std::size_t>(height);
+    Bytes result(file.begin(), file.begin() + kPixelsAt);
+    const auto negative = static_cast<std::uint32_t>(-height);
+    for (std::size_t i = 0; i < 4; ++i) {
+        result[22 + i] = static_cast<std::uint8_t>(negative >> 8 * i & 0xFF);
+    }
+    for (std::size_t end = file.size(); end > kPixelsAt; end -= rowBytes) {
+        result.insert(result.end(), file.begin() + static_cast<std::ptrdiff_t>(end - rowBytes),
+                      file.begin() + static_cast<std::ptrdiff_t>(end));
+    }
+    return result;
+}
+
+// The same picture with the colours exchanged, in palette and pixels.
+Bytes Exchanged(Bytes file) {
+    std::copy(kWhiteAndBlack.begin(), kWhiteAndBlack.end(), file.begin() + 54);
+    for (std::size_t i = 62; i < file.size(); ++i) {
+        file[i] = static_cast<std::uint8_t>(~file[i]);
+    }
+    return file;
+}
+
 TEST(Rasters, AreThePlainWayBitForBit) {
     std::vector<int> widths = {1023, 1024};
     for (int width = 1; width <= 130; ++width) {
@@ -208,7 +233,10 @@ TEST(Rasters, AreThePlainWayBitForBit) {
             const Bytes source =
                 pictures::File(width, height, 8, pictures::Random(static_cast<unsigned>(width)));
             const Bytes mono = reference::MonoFile(source, 1, 0, 0);
-            ASSERT_TRUE(MonoRaster(mono) == reference::MonoRaster(mono)) << width << " x " << height;
+            const Bytes raster = reference::MonoRaster(mono);
+            ASSERT_TRUE(MonoRaster(mono) == raster) << width << " x " << height;
+            ASSERT_TRUE(MonoRaster(TopDown(mono, height)) == raster) << width << " x " << height;
+            ASSERT_TRUE(MonoRaster(Exchanged(mono), true) == raster) << width << " x " << height;
             ASSERT_TRUE(GreyRaster(source) == reference::GreyRaster(source)) << width << " x " << height;
         }
     }
