@@ -24,6 +24,7 @@
 #include "print_list.h"
 #include "record_fields.h"
 #include "resources/resource.h"
+#include "show_record.h"
 #include "system_printer.h"
 #include "trace_capture.h"
 #include "ui_driver.h"
@@ -41,6 +42,9 @@ constexpr std::size_t kLargestRecordFile = 65536;
 constexpr wchar_t kLanguageKey[] = L"SOFTWARE\\KESTREL\\LANGUAGE";
 constexpr wchar_t kLanguageValue[] = L"LANGUAGE_KVMR72";
 constexpr wchar_t kFollowSystemValue[] = L"IsFirstRun_KVMR72";
+
+// Above any file in which records travel between people: saved DEVMODEs, a spooler's files.
+constexpr std::size_t kLargestShownFile = 16 * 1024 * 1024;
 
 using RecordCopy = std::array<std::uint8_t, kOemRecordSize>;
 
@@ -169,6 +173,18 @@ void WriteTrace(const TraceCapture& trace, const std::filesystem::path& file) {
     WriteWholeFile(file, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
 }
 
+void ShowRecord(const std::filesystem::path& file) {
+    const auto bytes = ReadWholeFile(file, kLargestShownFile);
+    if (!bytes) {
+        throw HostError("there is no file " + ToUtf8(file.native()));
+    }
+    try {
+        std::fputs(DescribeRecords(*bytes).c_str(), stdout);
+    } catch (const NoRecordError& error) {
+        throw HostError(ToUtf8(file.native()) + " holds no whole settings record: " + error.what());
+    }
+}
+
 void RunSheet(const Options& options) {
     std::vector<std::filesystem::path> played = options.logos;
     for (const auto& file : {options.watermark, options.download}) {
@@ -251,6 +267,8 @@ int wmain(int argc, wchar_t** argv) {
             std::fputs(HelpText().c_str(), stdout);
         } else if (options.version) {
             std::puts("KVMR72Host " KVMR72_VERSION);
+        } else if (options.show_record) {
+            ShowRecord(*options.show_record);
         } else {
             Run(options);
         }

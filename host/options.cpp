@@ -30,6 +30,14 @@ void SetSheet(Options& options, const std::wstring& value) {
     options.sheet = value == L"printer" ? SheetKind::kPrinter : SheetKind::kDocument;
 }
 
+void AddLogo(Options& options, const std::wstring& value) {
+    constexpr std::size_t kMost = 9;
+    if (options.logos.size() == kMost) {
+        throw UsageError("--logo is given nine times at most");
+    }
+    options.logos.emplace_back(value);
+}
+
 const std::vector<OptionRow>& Rows() {
     static const std::vector<OptionRow> rows = {
         {L"--sheet", "document|printer",
@@ -63,7 +71,7 @@ const std::vector<OptionRow>& Rows() {
          "a logo that --play previews and sends from the Download page; given once\n"
          "for each, nine at most. Converted files are left beside them while the\n"
          "program runs",
-         [](Options& options, const std::wstring& value) { options.logos.emplace_back(value); }},
+         AddLogo},
         {L"--pictures", "DIR",
          "write a BMP of every page of the plug-in and of its dialogs into DIR,\n"
          "before a person or --play takes over; --play adds each watermark, each\n"
@@ -100,6 +108,11 @@ const std::vector<OptionRow>& Rows() {
          "a printer of this system stands behind the sheet; otherwise a virtual\n"
          "one, whose jobs are told on the console",
          [](Options& options, const std::wstring& value) { options.printer = value; }},
+        {L"--show-record", "FILE",
+         "print each field of the settings record in FILE with what it means, what\n"
+         "is out of range and what the plug-in makes of that, and end. FILE is a\n"
+         "record or anything that holds one, such as a saved DEVMODE",
+         [](Options& options, const std::wstring& value) { options.show_record = value; }},
         {L"--help", nullptr, "print this and end",
          [](Options& options, const std::wstring&) { options.help = true; }},
         {L"--version", nullptr, "print the version and end",

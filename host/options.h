@@ -30,7 +30,8 @@ struct Options {
     std::optional<std::filesystem::path> jobs;
     std::optional<std::filesystem::path> forms;
     std::optional<std::wstring> printer;
-    std::optional<std::wstring> language;  // ENG, CHN or CHF
+    std::optional<std::wstring> language;              // ENG, CHN or CHF
+    std::optional<std::filesystem::path> show_record;  // instead of opening a sheet
     bool control_font = false;
     bool play = false;
     bool help = false;

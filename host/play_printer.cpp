@@ -71,9 +71,11 @@ class Visit {
         }
         const Window page = SelectPageWith(sheet_, IDC_LOGO_LIST);
         for (const auto& logo : options_.logos) {
+            const int rows = page.RowCount(IDC_LOGO_LIST);
             page.ChooseFile(IDC_LOGO_ADD, std::filesystem::absolute(logo));
-            if (page.RowCount(IDC_LOGO_LIST) == 0) {
-                throw UiError("a logo is refused: " + ToUtf8(driver_.WaitForMessageBox().text));
+            if (page.RowCount(IDC_LOGO_LIST) == rows) {
+                throw UiError("the logo " + ToUtf8(logo.native()) +
+                              " is refused: " + ToUtf8(driver_.WaitForMessageBox().text));
             }
         }
         LookAtLogos(page, L"original");

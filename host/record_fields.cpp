@@ -253,7 +253,8 @@ std::string FormatText(std::span<const std::uint8_t> bytes) {
             code = 0x10000 + ((code - 0xD800) << 10) + (unit_at(++i) - 0xDC00);
         }
         const auto append = [&text](std::uint32_t byte) { text += static_cast<char>(byte); };
-        if (code < 0x20 || IsSurrogate(code)) {
+        const bool is_control = code < 0x20 || (code >= 0x7F && code < 0xA0);
+        if (is_control || IsSurrogate(code)) {
             text += "\\u";
             AppendHex(text, code, 4);
         } else if (code < 0x80) {

@@ -16,6 +16,7 @@
 #include "plugin_pages.h"
 #include "program_fixture.h"
 #include "rig/test_desktop.h"
+#include "unit/logo_pictures.h"
 #include "virtual_printer.h"
 
 namespace {
@@ -163,6 +164,129 @@ TEST_F(HostPrinterTest, FailsWithoutTheFileToDownload) {
     EXPECT_EQ(run.output, "");
     EXPECT_EQ(run.errors, "KVMR72Host: there is no file missing.jk\r\n");
     EXPECT_FALSE(std::filesystem::exists(File(L"forms.txt")));
+}
+
+// Logos
+
+// Black where x + y is even, white elsewhere. That is what these make of it as well: error diffusion with
+// more contrast, which is set for the first logo, and no halftone with more light, which is set for the
+// fourth.
+int Chequers(int x, int y) {
+    return (x + y) % 2 * 255;
+}
+// Of 8 x 8 pixels.
+Bytes ChequersFile(unsigned bits) {
+    if (bits != 1) {
+        return pictures::File(8, 8, bits,
+                              [](int x, int y, int) { return static_cast<std::uint8_t>(Chequers(x, y)); });
+    }
+    Bytes file = pictures::Front(8, 8, 1);
+    const Bytes palette = {0, 0, 0, 0, 255, 255, 255, 0};
+    std::copy(palette.begin(), palette.end(), file.begin() + 54);
+    for (int y = 0; y < 8; ++y) {
+        const std::uint8_t row = y % 2 == 0 ? 0x55 : 0xAA;
+        file.insert(file.end(), {row, 0, 0, 0});
+    }
+    return file;
+}
+
+// The rows in the file are from the bottom: the left column is white on top.
+Bytes MonoJob(std::size_t count) {
+    Bytes job = {0x1B, 0x63, 0x3B, 0x01, 0x1C, 0x71, static_cast<std::uint8_t>(count)};
+    for (std::size_t i = 0; i < count; ++i) {
+        job.insert(job.end(), {4, 0, 1, 0, 0x55, 0xAA, 0x55, 0xAA, 0x55, 0xAA, 0x55, 0xAA});
+        job.insert(job.end(), 24, 0);
+    }
+    job.insert(job.end(), {0x0A, 0x1B, 0x63, 0x3B, 0x00});
+    return job;
+}
+
+// Each of the eight rows in four planes of a byte. Black that became a level of 16 to 31 lacks the last of
+// them.
+Bytes GreyJob(const std::vector<int>& black) {
+    Bytes job = {0x1B, 0x63, 0x3B, 0x01, 0x1C, 0x72, static_cast<std::uint8_t>(black.size())};
+    for (const int level : black) {
+        job.insert(job.end(), {1, 0, 1, 0, 4, 0});
+        for (int y = 0; y < 8; ++y) {
+            const std::uint8_t dark = y % 2 == 0 ? 0x55 : 0xAA;
+            job.insert(job.end(), {dark, dark, dark, level < 16 ? dark : std::uint8_t{0}});
+        }
+    }
+    job.insert(job.end(), {0x0A, 0x1B, 0x63, 0x3B, 0x00});
+    return job;
+}
+
+TEST_F(HostPrinterTest, PlaysLogos) {
+    rig::WriteBytes(File(L"colours.bmp"), ChequersFile(24));
+    rig::WriteBytes(File(L"black and white.bmp"), ChequersFile(1));
+    rig::WriteBytes(File(L"\u7070.bmp"), ChequersFile(8));
+    const ProgramRun run = Run(
+        L"--sheet printer --headless --jobs jobs --logo colours.bmp --logo \"black and white.bmp\" --logo "
+        L"\"black and white.bmp\" --logo \u7070.bmp");
+    EXPECT_EQ(run.exit_code, 0u);
+    EXPECT_EQ(run.errors, "");
+    // Frames and commands, and four logos of 4 + 32 bytes and of 6 + 32.
+    EXPECT_EQ(run.output, std::string(kDefaultForm) + kSelfTest + kToldForms +
+                              "Printed: LOGO, 156 bytes\r\n"
+                              "Printed: LOGO, 164 bytes\r\n"
+                              "Printed: SELFTEST, 13 bytes\r\n");
+    EXPECT_EQ(FilesIn(L"jobs"),
+              (std::vector<std::wstring>{L"001-SELFTEST.prn", L"002-LOGO.prn", L"003-LOGO.prn",
+                                         L"004-SELFTEST.prn", L"spooler.txt"}));
+    EXPECT_EQ(rig::ReadBytes(File(L"jobs") / L"002-LOGO.prn"), MonoJob(4));
+    EXPECT_EQ(rig::ReadBytes(File(L"jobs") / L"003-LOGO.prn"), GreyJob({0, 0, 0, 30}));
+    EXPECT_EQ(rig::ReadBytes(File(L"jobs") / L"004-SELFTEST.prn"),
+              (Bytes{0x1B, 0x63, 0x3B, 0x01, 0x1C, 0x71, 0x00, 0x00, 0x0A, 0x1B, 0x63, 0x3B, 0x00}));
+    std::vector<std::wstring> expected;
+    for (const wchar_t* const type : {L"grey", L"mono", L"original"}) {
+        for (const wchar_t* const number : {L"1", L"2", L"3", L"4"}) {
+            expected.push_back(std::wstring(L"download-logo-") + type + L"-" + number + L".bmp");
+        }
+    }
+    expected.emplace_back(L"download.bmp");
+    std::vector<std::wstring> pictures = FilesIn(L"pictures");
+    std::erase_if(pictures, [](const std::wstring& name) { return !name.starts_with(L"download"); });
+    EXPECT_EQ(pictures, expected);
+    // Nothing is left beside the logos.
+    std::vector<std::wstring> left = FilesIn(L".");
+    std::erase_if(left, [](const std::wstring& name) { return name.starts_with(L"std"); });
+    EXPECT_EQ(left, (std::vector<std::wstring>{L"black and white.bmp", L"colours.bmp", L"jobs", L"pictures",
+                                               L"\u7070.bmp"}));
+}
+
+TEST_F(HostPrinterTest, TellsWhyALogoIsRefused) {
+    rig::WriteBytes(File(L"good.bmp"), ChequersFile(24));
+    rig::WriteBytes(File(L"wide.bmp"), pictures::Front(1025, 1, 8));
+    const ProgramRun run = Run(L"--sheet printer --play --logo good.bmp --logo wide.bmp");
+    EXPECT_EQ(run.exit_code, 1u);
+    EXPECT_THAT(run.output, testing::Not(HasSubstr("LOGO")));
+    EXPECT_THAT(run.errors,
+                StartsWith("KVMR72Host: the logo wide.bmp is refused: The image is too big to be selected."));
+}
+
+TEST_F(HostPrinterTest, TellsWhyLogosAreNotSent) {
+    // Converted to black and white 62 + 128 x 768 bytes.
+    rig::WriteBytes(File(L"large.bmp"),
+                    pictures::File(1024, 768, 8, [](int, int, int) { return std::uint8_t{7}; }));
+    const ProgramRun run = Run(L"--sheet printer --play --logo large.bmp");
+    EXPECT_EQ(run.exit_code, 1u);
+    EXPECT_EQ(run.errors,
+              "KVMR72Host: the download of logos is refused: The total sizes of all the logos is greater "
+              "96K!\r\n");
+}
+
+TEST_F(HostPrinterTest, FailsWithoutALogo) {
+    rig::WriteBytes(File(L"good.bmp"), ChequersFile(24));
+    for (const wchar_t* const logos :
+         {L" --logo good.bmp --logo missing.bmp", L" --logo missing.bmp --logo good.bmp"}) {
+        const ProgramRun run = Run(std::wstring(L"--sheet printer --play") + logos);
+        EXPECT_EQ(run.exit_code, 1u);
+        EXPECT_EQ(run.output, "");
+        EXPECT_EQ(run.errors, "KVMR72Host: there is no file missing.bmp\r\n");
+    }
+    const ProgramRun run = Run(L"--play --logo good.bmp");
+    EXPECT_EQ(run.exit_code, 2u);
+    EXPECT_EQ(run.errors, "KVMR72Host: --logo is for the printer sheet\r\nTry KVMR72Host --help.\r\n");
 }
 
 TEST_F(HostPrinterTest, ToldOfAPrinterOfTheSystemThatThereIsNot) {

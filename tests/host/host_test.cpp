@@ -38,6 +38,7 @@ TEST(HostOptionsTest, NothingIsChosenWithoutOptions) {
     EXPECT_FALSE(options.dll || options.record || options.pictures || options.watermark || options.trace ||
                  options.language || options.jobs || options.forms || options.prints || options.download ||
                  options.printer);
+    EXPECT_EQ(options.logos.size(), 0u);
     EXPECT_FALSE(options.control_font || options.play || options.help || options.version);
 }
 
@@ -105,7 +106,7 @@ TEST(HostOptionsTest, RefusesUnknownOptions) {
 TEST(HostOptionsTest, RefusesMissingValues) {
     for (const wchar_t* option :
          {L"--dll", L"--record", L"--language", L"--pictures", L"--watermark", L"--trace", L"--jobs",
-          L"--forms", L"--prints", L"--sheet", L"--download", L"--printer"}) {
+          L"--forms", L"--prints", L"--sheet", L"--download", L"--logo", L"--printer"}) {
         SCOPED_TRACE(ToUtf8(option));
         EXPECT_THAT(UsageErrorOf({option}), HasSubstr(ToUtf8(option)));
         EXPECT_THAT(UsageErrorOf({option, L""}), HasSubstr(ToUtf8(option)));
@@ -146,6 +147,8 @@ TEST(HostOptionsTest, RefusesWhatThePrinterSheetHasNoUseFor) {
     }
     EXPECT_EQ(UsageErrorOf({L"--download", L"x"}), "--download is for the printer sheet");
     EXPECT_EQ(UsageErrorOf({L"--control-font"}), "--control-font is for the printer sheet");
+    EXPECT_EQ(UsageErrorOf({L"--logo", L"x"}), "--logo is for the printer sheet");
+    EXPECT_EQ(UsageErrorOf({L"--logo", L"x", L"--sheet", L"document"}), "--logo is for the printer sheet");
     const Options options =
         ParseOptions({L"--sheet", L"printer", L"--headless", L"--jobs", L"j", L"--forms", L"f", L"--trace",
                       L"t", L"--language", L"CHN", L"--download", L"x"});
@@ -153,13 +156,26 @@ TEST(HostOptionsTest, RefusesWhatThePrinterSheetHasNoUseFor) {
     EXPECT_EQ(options.download, std::filesystem::path(L"x"));
 }
 
+TEST(HostOptionsTest, TakesNineLogosInOrder) {
+    std::vector<std::wstring> arguments = {L"--sheet", L"printer"};
+    std::vector<std::filesystem::path> logos;
+    for (int i = 1; i <= 9; ++i) {
+        const std::wstring name = std::to_wstring(i) + L" logo.bmp";
+        arguments.insert(arguments.end(), {L"--logo", name});
+        logos.emplace_back(name);
+        EXPECT_EQ(ParseOptions(arguments).logos, logos);
+    }
+    arguments.insert(arguments.end(), {L"--logo", L"tenth.bmp"});
+    EXPECT_EQ(UsageErrorOf(arguments), "--logo is given nine times at most");
+}
+
 TEST(HostOptionsTest, HelpNamesEveryOptionAndExitCode) {
     const std::string help = HelpText();
     for (const char* option :
          {"--dll PATH", "--record FILE", "--language ENG|CHN|CHF", "--play ", "--watermark BMP",
           "--pictures DIR", "--headless ", "--trace FILE", "--jobs DIR", "--forms FILE", "--prints FILE",
-          "--sheet document|printer ", "--download FILE", "--control-font ", "--printer NAME", "--help ",
-          "--version "}) {
+          "--sheet document|printer ", "--download FILE", "--logo BMP", "--control-font ", "--printer NAME",
+          "--help ", "--version "}) {
         EXPECT_THAT(help, HasSubstr(std::string("\n  ") + option));
     }
     EXPECT_THAT(help, AllOf(HasSubstr("0 done"), HasSubstr("1 failed"), HasSubstr("2 wrong command line"),
