@@ -189,9 +189,12 @@ void ApplyLists(HWND dialog) {
 }
 
 void ShowRecord(HWND dialog, const OEMDEV& record) {
-    CheckItem(dialog, IDC_WATERMARK_USE_NONE, record.iWaterMarkType == kNoWaterMark);
-    CheckItem(dialog, IDC_WATERMARK_USE_IMAGE, record.iWaterMarkType == kImageWaterMark);
-    CheckItem(dialog, IDC_WATERMARK_USE_TEXT, record.iWaterMarkType == kTextWaterMark);
+    // Unchecking takes a button out of TAB's way: of a kind that is not in the list none would be left.
+    if (record.iWaterMarkType <= kTextWaterMark) {
+        CheckItem(dialog, IDC_WATERMARK_USE_NONE, record.iWaterMarkType == kNoWaterMark);
+        CheckItem(dialog, IDC_WATERMARK_USE_IMAGE, record.iWaterMarkType == kImageWaterMark);
+        CheckItem(dialog, IDC_WATERMARK_USE_TEXT, record.iWaterMarkType == kTextWaterMark);
+    }
     EnableForKind(dialog, record.iWaterMarkType);
     SendDlgItemMessageW(dialog, IDC_WATERMARK_FILE, EM_SETREADONLY, TRUE, 0);
     ShowField(dialog, IDC_WATERMARK_FILE, record.WaterMarkPicName);
