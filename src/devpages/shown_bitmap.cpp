@@ -1,7 +1,6 @@
 #include "devpages/shown_bitmap.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <iterator>
 #include <limits>
 
@@ -13,7 +12,7 @@ namespace {
 using namespace bitmap_file;
 
 constexpr std::uint32_t kColourMasks = 3;
-constexpr std::size_t kMasksSize = 3 * 4;
+constexpr std::size_t kMasksSize = 3 * sizeof(std::uint32_t);
 
 // What follows the information header: where it lies in the file, and how long it is.
 struct ColourTable {
@@ -62,9 +61,9 @@ std::optional<ShownBitmap> ShowBitmap(std::vector<std::uint8_t>& file) {
     }
     const ColourTable colours = ColourTableOf(file.data(), infoSize);
     const std::uint64_t end = UsedBytes(headers);
-    const auto rows = static_cast<std::uint64_t>(std::abs(std::int64_t{headers.height}));
-    const std::uint64_t rowBytes =
-        (static_cast<std::uint64_t>(headers.width) * headers.bitCount + 31) / 32 * 4;
+    const auto width = static_cast<std::uint64_t>(headers.width);
+    const std::uint64_t rows = RowsOf(headers);
+    const std::uint64_t rowBytes = BitmapRowBytes(width, headers.bitCount);
     // Pixels that begin beyond the file's end would be reached through as many bytes as the header likes.
     if (colours.at + colours.size > file.size() || headers.pixelOffset > file.size() ||
         end > std::numeric_limits<std::int32_t>::max()) {
@@ -72,8 +71,7 @@ std::optional<ShownBitmap> ShowBitmap(std::vector<std::uint8_t>& file) {
     }
     const std::uint64_t needed = headers.pixelOffset + rowBytes * rows;
     if (needed > file.size()) {
-        const std::uint64_t held = file.size() - headers.pixelOffset;
-        if ((rows - held / rowBytes) * static_cast<std::uint64_t>(headers.width) > kMaxMissingPixels) {
+        if (LacksTooMuch(width, rows, rowBytes, file.size() - headers.pixelOffset)) {
             return std::nullopt;
         }
         file.resize(static_cast<std::size_t>(needed), 0);
@@ -88,7 +86,7 @@ std::optional<ShownBitmap> ShowBitmap(std::vector<std::uint8_t>& file) {
         Put32(info + kColoursUsedAt - kFileHeaderSize,
               static_cast<std::uint32_t>(colours.size / kPaletteEntrySize));
     }
-    std::copy_n(&file[0] + colours.at, colours.size, info + kInfoSize);
+    std::copy_n(file.data() + colours.at, colours.size, info + kInfoSize);
     shown.width = headers.width;
     shown.height = static_cast<std::int32_t>(rows);
     shown.pixelsAt = headers.pixelOffset;

@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <limits>
 
 #include "printer/bitmap_headers.h"
@@ -53,11 +54,20 @@ BitmapHeaders ReadBitmapHeaders(std::span<const std::uint8_t> file) noexcept {
             .compression = Get32(&bytes[kCompressionAt])};
 }
 
+std::uint64_t RowsOf(const BitmapHeaders& headers) noexcept {
+    return static_cast<std::uint64_t>(std::abs(std::int64_t{headers.height}));
+}
+
+bool LacksTooMuch(std::uint64_t width, std::uint64_t rows, std::uint64_t rowBytes,
+                  std::uint64_t heldBytes) noexcept {
+    const std::uint64_t held = heldBytes / rowBytes;
+    return held < rows && (rows - held) * width > kMaxMissingPixels;
+}
+
 std::uint64_t UsedBytes(const BitmapHeaders& headers) noexcept {
-    const auto width = static_cast<std::uint64_t>(std::max(headers.width, 0));
-    const std::int64_t height = headers.height;
-    const auto rows = static_cast<std::uint64_t>(height < 0 ? -height : height);
-    const std::uint64_t rowBytes = (width * headers.bitCount + 31) / 32 * 4;
+    const std::uint64_t rows = RowsOf(headers);
+    const std::uint64_t rowBytes =
+        BitmapRowBytes(static_cast<std::uint64_t>(std::max(headers.width, 0)), headers.bitCount);
     const std::uint64_t offset = std::max<std::uint64_t>(
         headers.pixelOffset, headers.bitCount <= kGreyBits ? PixelOffset(headers.bitCount) : kHeadersSize);
     constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
@@ -75,11 +85,10 @@ std::optional<LogoPicture> LogoPicture::Read(std::span<const std::uint8_t> file)
         return std::nullopt;
     }
     const auto width = static_cast<std::uint64_t>(headers.width);
-    const std::int64_t height = headers.height;
-    const auto rows = static_cast<std::uint64_t>(height < 0 ? -height : height);
-    const std::uint64_t rowBytes = (width * bits + 31) / 32 * 4;
+    const std::uint64_t rows = RowsOf(headers);
+    const std::uint64_t rowBytes = BitmapRowBytes(width, bits);
     // Both factors are below 2^33: the product of the larger row is not past 64 bits.
-    if (std::max(rowBytes, (width + 3) / 4 * 4) * rows > kMostBytes) {
+    if (std::max(rowBytes, BitmapRowBytes(width, kGreyBits)) * rows > kMostBytes) {
         return std::nullopt;
     }
     const std::uint64_t size = rowBytes * rows;
@@ -88,10 +97,10 @@ std::optional<LogoPicture> LogoPicture::Read(std::span<const std::uint8_t> file)
     picture.bitCount_ = bits;
     picture.width_ = static_cast<std::size_t>(width);
     picture.rows_ = static_cast<std::size_t>(rows);
-    picture.isTopDown_ = height < 0;
+    picture.isTopDown_ = headers.height < 0;
     picture.pixels_ = held.data();
     if (held.size() < size) {
-        if ((rows - held.size() / rowBytes) * width > kMaxMissingPixels) {
+        if (LacksTooMuch(width, rows, rowBytes, held.size())) {
             return std::nullopt;
         }
         picture.completed_.resize(static_cast<std::size_t>(size));

@@ -25,18 +25,25 @@ struct BitmapHeaders {
 // Bytes that the file lacks are 0.
 BitmapHeaders ReadBitmapHeaders(std::span<const std::uint8_t> file) noexcept;
 
+// The number of a picture's rows, whichever end they are stored from.
+std::uint64_t RowsOf(const BitmapHeaders& headers) noexcept;
+
 // Up to where a file with these headers is read, in bytes: behind its last row. All bits set for more than 64
 // bits count.
 std::uint64_t UsedBytes(const BitmapHeaders& headers) noexcept;
 
 // A row's bytes, padded to a multiple of 4.
-constexpr std::size_t BitmapRowBytes(std::size_t width, unsigned bitCount) noexcept {
+constexpr std::uint64_t BitmapRowBytes(std::uint64_t width, unsigned bitCount) noexcept {
     return (width * bitCount + 31) / 32 * 4;
 }
 
 // The most pixels that a picture may have beyond the rows that its file holds whole: a logo of the largest
 // size. A few bytes do not become gigabytes.
-constexpr std::uint64_t kMaxMissingPixels = 1024 * 768;
+constexpr std::uint64_t kMaxMissingPixels = 1024ULL * 768;
+
+// TRUE for a picture that lacks more pixels than that, when its file holds `heldBytes` of its rows.
+bool LacksTooMuch(std::uint64_t width, std::uint64_t rows, std::uint64_t rowBytes,
+                  std::uint64_t heldBytes) noexcept;
 
 // An uncompressed picture of 1, 8 or 24 bits. Its pixels are read from where a plain file of that depth has
 // them, wherever the header says that they are. Pixel bytes that the file lacks are 0.

@@ -26,6 +26,8 @@ struct MonoSteps {
 
 std::int32_t MeanOf(std::uint32_t sum, const LogoPicture& picture) noexcept {
     const auto pixels = static_cast<std::int64_t>(picture.Width() * picture.Rows());
+    // A picture that was read has pixels.
+    // NOLINTNEXTLINE(clang-analyzer-core.DivideZero)
     return static_cast<std::int32_t>(static_cast<std::int32_t>(sum) / pixels);
 }
 
@@ -147,6 +149,28 @@ MonoSteps StepsOfLevels(const LogoPicture& picture, Halftone halftone, const Log
     }
 }
 
+// Rows as they are kept in a grey file.
+RowToGrey GreyRowsOf(const LogoPicture& picture, const ToneCurve& curve) {
+    const std::size_t width = picture.Width();
+    switch (picture.BitCount()) {
+        case kMonoBits:
+            return [curve, width](const std::uint8_t* pixels, std::uint8_t* grey) {
+                GreyOfRow1(curve, pixels, width, grey);
+            };
+        case kGreyBits:
+            return [curve, width, rowBytes = picture.RowBytes()](const std::uint8_t* pixels,
+                                                                 std::uint8_t* grey) {
+                GreyOfRow8(curve, pixels, rowBytes, grey);
+                // What the source's padding became.
+                std::fill(grey + width, grey + rowBytes, std::uint8_t{0});
+            };
+        default:
+            return [tables = TablesOf(curve), width](const std::uint8_t* pixels, std::uint8_t* grey) {
+                tables.GreyOfRow(pixels, width, grey);
+            };
+    }
+}
+
 std::optional<LogoPicture> ReadPicture(std::span<const std::uint8_t> source, unsigned bitCount) {
     return ReadBitmapHeaders(source).bitCount == bitCount ? LogoPicture::Read(source) : std::nullopt;
 }
@@ -159,25 +183,10 @@ LogoConversion ConvertToGrey(std::span<const std::uint8_t> source, unsigned bitC
     if (!picture) {
         return LogoConversion::kOtherFormat;
     }
-    const std::size_t width = picture->Width();
-    const ToneCurve curve = ToneCurveOf(tone.contrast, tone.brightness);
-    const GreyTables tables = TablesOf(curve);
+    const RowToGrey toGrey = GreyRowsOf(*picture, ToneCurveOf(tone.contrast, tone.brightness));
     const LogoFile file = LogoFile::Grey(*picture, output);
     for (std::size_t row = 0; row < picture->Rows(); ++row) {
-        std::uint8_t* const grey = file.Row(row);
-        switch (bitCount) {
-            case kMonoBits:
-                GreyOfRow1(curve, picture->Row(row), width, grey);
-                break;
-            case kGreyBits:
-                GreyOfRow8(curve, picture->Row(row), picture->RowBytes(), grey);
-                // What the source's padding became.
-                std::fill(grey + width, grey + picture->RowBytes(), std::uint8_t{0});
-                break;
-            default:
-                tables.GreyOfRow(picture->Row(row), width, grey);
-                break;
-        }
+        toGrey(picture->Row(row), file.Row(row));
     }
     return LogoConversion::kConverted;
 }

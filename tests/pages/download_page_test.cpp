@@ -16,6 +16,7 @@
 
 #include "help_reader.h"
 #include "lone_printer_page.h"
+#include "open_file_hook.h"
 #include "printer_fixture.h"
 #include "real_input.h"
 
@@ -153,15 +154,6 @@ std::wstring HelpWithPointerOver(const Window& page, int control) {
 // A call that a file is read with.
 enum class FileCall { kNone, kSize, kPosition, kRead, kShortRead };
 
-// What the open-file dialog was asked with.
-struct Chooser {
-    HWND owner;
-    std::wstring title;
-    std::wstring filter;  // up to the empty text behind the last pair
-    std::wstring start;
-    DWORD flags;
-};
-
 class DownloadPageTest : public PrinterPageTest {
   protected:
     void SetUp() override {
@@ -170,19 +162,6 @@ class DownloadPageTest : public PrinterPageTest {
         ASSERT_TRUE(std::filesystem::create_directories(folder_));
         HookFiles();
         HookMemory();
-        hooks_.On("comdlg32.dll", "GetOpenFileNameW", &GetOpenFileNameW,
-                  [this](auto original, LPOPENFILENAMEW dialog) {
-                      const wchar_t* end = dialog->lpstrFilter;
-                      while (*end != L'\0') {
-                          end += std::wstring_view(end).size() + 1;
-                      }
-                      choosers_.push_back({dialog->hwndOwner,
-                                           dialog->lpstrTitle,
-                                           {dialog->lpstrFilter, end},
-                                           dialog->lpstrFile,
-                                           dialog->Flags});
-                      return choose_ ? choose_(*dialog) : original(dialog);
-                  });
         PrinterHost();
         for (const char* function : {"MessageBoxW", "CreateFileW", "CloseHandle", "GetFileSize", "ReadFile",
                                      "SetFilePointer", "malloc", "free"}) {
@@ -294,9 +273,9 @@ class DownloadPageTest : public PrinterPageTest {
     std::atomic<FileCall> failing_ = FileCall::kNone;
     // Blocks larger than this are refused.
     std::atomic<std::size_t> memory_ = static_cast<std::size_t>(-1);
-    std::vector<Chooser> choosers_;
-    // In the dialog's place.
-    std::function<BOOL(OPENFILENAMEW&)> choose_;
+    OpenFileHook open_file_{hooks_};
+    std::vector<Chooser>& choosers_ = open_file_.choosers;
+    std::function<BOOL(OPENFILENAMEW&)>& choose_ = open_file_.choose;
     std::set<HANDLE> open_;           // files of the test's folder that the plug-in has open
     std::set<void*> large_blocks_;    // of a megabyte and more that the plug-in has
     std::size_t peak_of_blocks_ = 0;  // how many at a time

@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "lone_printer_page.h"
+#include "open_file_hook.h"
 #include "printer_fixture.h"
 #include "real_input.h"
 #include "water_mark_frame.h"
@@ -176,13 +177,25 @@ Bytes BytesOf(const Path& path) {
     return bytes.value_or(Bytes(1078 + 1024));
 }
 
-struct Chooser {
-    HWND owner;
-    std::wstring title;
-    std::wstring filter;  // up to the empty text behind the last pair
-    std::wstring start;
-    DWORD flags;
-};
+// What freed memory holds: whoever uses it follows addresses that there are not.
+std::uint64_t SpoiltWord(std::size_t index) {
+    return 0xDDDD'0000'0000'0000 + index * 0x1000;
+}
+
+void Spoil(void* block) {
+    for (std::size_t i = 0; i < _msize(block) / sizeof(std::uint64_t); ++i) {
+        static_cast<std::uint64_t*>(block)[i] = SpoiltWord(i);
+    }
+}
+
+bool IsSpoilt(void* block) {
+    for (std::size_t i = 0; i < _msize(block) / sizeof(std::uint64_t); ++i) {
+        if (static_cast<const std::uint64_t*>(block)[i] != SpoiltWord(i)) {
+            return false;
+        }
+    }
+    return true;
+}
 
 class LogoGroupTest : public PrinterPageTest {
   protected:
@@ -443,10 +456,12 @@ class LogoGroupTest : public PrinterPageTest {
 
     const Path folder_ = std::filesystem::temp_directory_path() / L"kvmr72-logos \u6807";
     Bytes description_;
-    std::vector<Chooser> choosers_;
-    // In the open-file dialog's place; without it the real one opens.
-    std::function<BOOL(OPENFILENAMEW&)> choose_;
-    Texts written_;                         // names of converted files, each time one is written
+    OpenFileHook open_file_{hooks_};
+    std::vector<Chooser>& choosers_ = open_file_.choosers;
+    std::function<BOOL(OPENFILENAMEW&)>& choose_ = open_file_.choose;
+    Texts written_;             // names of converted files, each time one is written
+    bool keeps_freed_ = false;  // freed memory is spoilt and kept in ...
+    std::vector<void*> freed_;
     std::set<void*> live_;                  // device contexts and bitmaps that the plug-in has
     long blocks_ = 0;                       // of memory that it has
     HWND watched_frame_ = nullptr;          // what the plug-in draws into its window ...
@@ -457,19 +472,6 @@ class LogoGroupTest : public PrinterPageTest {
 
   private:
     void HookFiles() {
-        hooks_.On("comdlg32.dll", "GetOpenFileNameW", &GetOpenFileNameW,
-                  [this](auto original, LPOPENFILENAMEW dialog) {
-                      const wchar_t* end = dialog->lpstrFilter;
-                      while (*end != L'\0') {
-                          end += std::wstring_view(end).size() + 1;
-                      }
-                      choosers_.push_back({dialog->hwndOwner,
-                                           dialog->lpstrTitle,
-                                           {dialog->lpstrFilter, end},
-                                           dialog->lpstrFile,
-                                           dialog->Flags});
-                      return choose_ ? choose_(*dialog) : original(dialog);
-                  });
         hooks_.On("KERNEL32.dll", "CreateFileW", &CreateFileW,
                   [this](auto original, LPCWSTR path, DWORD access, auto... arguments) {
                       const Path name = Path(path).filename();
@@ -532,6 +534,11 @@ class LogoGroupTest : public PrinterPageTest {
         hooks_.On("msvcrt.dll", "free", static_cast<void(WINAPI*)(void*)>(&std::free),
                   [this](auto original, void* block) {
                       blocks_ -= block != nullptr ? 1 : 0;
+                      if (block != nullptr && keeps_freed_) {
+                          freed_.push_back(block);
+                          Spoil(block);
+                          return;
+                      }
                       original(block);
                   });
     }
@@ -1814,6 +1821,86 @@ TEST_F(LogoGroupTest, DeleteLeavesTheFilesOfOtherRows) {
     page.Click(kDelete);
     EXPECT_FALSE(std::filesystem::exists(itsConverted));
     EXPECT_TRUE(std::filesystem::exists(first));
+}
+
+// Takes a page away when a message of its sheet or its controls is about to be heard.
+class Destroyer {
+  public:
+    Destroyer(LonePrinterPage& page, UINT message)
+        : hook_(SetWindowsHookExW(WH_CALLWNDPROC, &Heard, nullptr, GetCurrentThreadId())) {
+        page_ = &page;
+        message_ = message;
+    }
+    Destroyer(const Destroyer&) = delete;
+    Destroyer& operator=(const Destroyer&) = delete;
+    ~Destroyer() { UnhookWindowsHookEx(hook_); }
+
+    bool HasStruck() const { return page_ == nullptr; }
+
+  private:
+    static LRESULT CALLBACK Heard(int code, WPARAM wparam, LPARAM lparam) {
+        const auto& heard = *reinterpret_cast<const CWPSTRUCT*>(lparam);
+        if (code == HC_ACTION && page_ != nullptr && heard.message == message_ &&
+            (heard.hwnd == page_->sheet.handle || IsChild(page_->handle(), heard.hwnd))) {
+            std::exchange(page_, nullptr)->Unmake();
+        }
+        return CallNextHookEx(nullptr, code, wparam, lparam);
+    }
+
+    static inline LonePrinterPage* page_ = nullptr;
+    static inline UINT message_ = 0;
+    const HHOOK hook_;
+};
+
+// Others hear what the page sends, and may close the sheet then.
+TEST_F(LogoGroupTest, ThePageMayGoInAnyMessage) {
+    const Path path = Write(L"0.bmp", Flat(16, 1, 24, 0x808080));
+    const auto add = [&](LonePrinterPage& lone) {
+        choose_ = [text = path.wstring()](OPENFILENAMEW& dialog) -> BOOL {
+            text.copy(dialog.lpstrFile, dialog.nMaxFile);
+            return TRUE;
+        };
+        lone.Use(kAdd);
+    };
+    const auto release = [](LonePrinterPage& lone) {
+        SendDlgItemMessageW(lone.handle(), kBrightness, TBM_SETPOS, TRUE, 20);
+        lone.Ask(lone.handle(), WM_HSCROLL, TB_ENDTRACK,
+                 reinterpret_cast<LPARAM>(GetDlgItem(lone.handle(), kBrightness)));
+    };
+    const auto repaint = [](LonePrinterPage& lone) {
+        RedrawWindow(lone.handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_NOCHILDREN | RDW_UPDATENOW);
+    };
+    // With the keyboard on a setting that the type now chosen switches off.
+    const auto choose_original = [](LonePrinterPage& lone) {
+        SetFocus(GetDlgItem(lone.handle(), kDiffuse));
+        CheckRadioButton(lone.handle(), kOriginal, kGrey, kOriginal);
+        lone.Ask(lone.handle(), WM_COMMAND, MAKEWPARAM(kOriginal, BN_CLICKED),
+                 reinterpret_cast<LPARAM>(GetDlgItem(lone.handle(), kOriginal)));
+        EXPECT_EQ(GetFocus(), GetDlgItem(lone.handle(), kDiffuse));
+    };
+    const struct {
+        UINT message;
+        std::function<void(LonePrinterPage&)> prepare;
+        std::function<void(LonePrinterPage&)> act;
+    } kCases[] = {{LVM_INSERTITEMW, add, add},
+                  {LVM_SETITEMTEXTW, add, add},
+                  {PSM_CHANGED, add, release},
+                  {WM_KILLFOCUS, choose_original, repaint}};
+    for (const auto& the_case : kCases) {
+        const auto lone = MakePage();
+        add(*lone);
+        lone->Use(kMono);
+        repaint(*lone);
+        the_case.prepare(*lone);
+        keeps_freed_ = true;
+        const Destroyer destroyer(*lone, the_case.message);
+        the_case.act(*lone);
+        keeps_freed_ = false;
+        EXPECT_TRUE(destroyer.HasStruck()) << the_case.message;
+        EXPECT_TRUE(std::ranges::all_of(freed_, &IsSpoilt)) << the_case.message;
+        std::ranges::for_each(std::exchange(freed_, {}), &std::free);
+        EXPECT_FALSE(IsWindow(lone->handle()));
+    }
 }
 
 }  // namespace

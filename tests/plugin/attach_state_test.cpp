@@ -14,6 +14,7 @@
 #include "intrface/win/module.h"
 #include "language/language_setup.h"
 #include "rig/environment.h"
+#include "rig/replaced.h"
 
 // The linker's names for this program's import slots.
 extern "C" {
@@ -25,6 +26,8 @@ extern decltype(SetCursor)* __imp_SetCursor;
 
 namespace {
 
+using rig::Replaced;
+
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -34,27 +37,6 @@ constexpr wchar_t kIndexFile[] = L"LANGUAGE_KVMR72.DAT";
 constexpr wchar_t kEnglish[] = L"ENG_KVMR72.res";
 constexpr wchar_t kSimplified[] = L"CHN_KVMR72.res";
 constexpr wchar_t kTraditional[] = L"CHF_KVMR72.res";
-
-// Another function in the place of one that this program imports.
-template <typename Function>
-class Replaced {
-  public:
-    Replaced(Function*& slot, Function* by) : slot_(slot), real_(slot) { Write(by); }
-    Replaced(const Replaced&) = delete;
-    Replaced& operator=(const Replaced&) = delete;
-    ~Replaced() { Write(real_); }
-
-  private:
-    void Write(Function* function) {
-        DWORD protection = 0;
-        EXPECT_TRUE(VirtualProtect(&slot_, sizeof slot_, PAGE_READWRITE, &protection));
-        slot_ = function;
-        VirtualProtect(&slot_, sizeof slot_, protection, &protection);
-    }
-
-    Function*& slot_;
-    Function* real_;
-};
 
 // What an attach asked of the system, and what it is told.
 struct Asked {

@@ -16,6 +16,7 @@
 
 #include "intrface/win/handles.h"
 #include "rig/environment.h"
+#include "rig/replaced.h"
 #include "rig/trace_capture.h"
 
 // Where this program's import table keeps the functions that the conversion calls.
@@ -30,6 +31,8 @@ extern decltype(&WriteFile) __imp_WriteFile;
 
 namespace {
 
+using rig::Replaced;
+
 using Bytes = std::vector<std::uint8_t>;
 using Path = std::filesystem::path;
 using rig::Lines;
@@ -40,27 +43,6 @@ constexpr int kConverted = 1;
 constexpr int kCannotCreate = 2;
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-
-// Another function in the place of an imported one, while it lives.
-template <typename Function>
-class Replaced {
-  public:
-    Replaced(Function*& slot, Function* replacement) : slot_(slot), real_(slot) { Put(replacement); }
-    Replaced(const Replaced&) = delete;
-    Replaced& operator=(const Replaced&) = delete;
-    ~Replaced() { Put(real_); }
-
-  private:
-    void Put(Function* function) {
-        DWORD protection = 0;
-        VirtualProtect(&slot_, sizeof slot_, PAGE_READWRITE, &protection);
-        slot_ = function;
-        VirtualProtect(&slot_, sizeof slot_, protection, &protection);
-    }
-
-    Function*& slot_;
-    Function* const real_;
-};
 
 Bytes operator+(Bytes left, const Bytes& right) {
     left.insert(left.end(), right.begin(), right.end());

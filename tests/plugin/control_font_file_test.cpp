@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "rig/environment.h"
+#include "rig/replaced.h"
 
 // Where this program's import table keeps the functions that the table calls.
 extern "C" {
@@ -29,31 +30,12 @@ extern decltype(&WritePrivateProfileStringW) __imp_WritePrivateProfileStringW;
 
 namespace {
 
+using rig::Replaced;
+
 using Path = std::filesystem::path;
 using Row = std::pair<int, std::wstring>;
 
 constexpr std::string_view kHeader = "[Character Translation Table]\r\n";
-
-// Another function in the place of an imported one, while it lives.
-template <typename Function>
-class Replaced {
-  public:
-    Replaced(Function*& slot, Function* replacement) : slot_(slot), real_(slot) { Put(replacement); }
-    Replaced(const Replaced&) = delete;
-    Replaced& operator=(const Replaced&) = delete;
-    ~Replaced() { Put(real_); }
-
-  private:
-    void Put(Function* function) {
-        DWORD protection = 0;
-        VirtualProtect(&slot_, sizeof slot_, PAGE_READWRITE, &protection);
-        slot_ = function;
-        VirtualProtect(&slot_, sizeof slot_, protection, &protection);
-    }
-
-    Function*& slot_;
-    Function* const real_;
-};
 
 // What the table calls, and which of the writes fails.
 struct System {

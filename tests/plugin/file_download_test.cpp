@@ -18,6 +18,8 @@
 #include <utility>
 #include <vector>
 
+#include "rig/replaced.h"
+
 // Where this program's import table keeps the file system's functions.
 extern "C" {
 extern decltype(&CloseHandle) __imp_CloseHandle;
@@ -69,31 +71,10 @@ void operator delete(void* pointer, std::size_t) noexcept {
 
 namespace {
 
+using rig::Replaced;
+
 using Bytes = std::vector<std::uint8_t>;
 using Calls = std::vector<std::wstring>;
-
-// Another function in the place of an imported one, while it lives.
-template <typename Function>
-class Replaced {
-  public:
-    Replaced(Function*& slot, Function* replacement) : slot_(slot), real_(slot) { Put(replacement); }
-    Replaced(const Replaced&) = delete;
-    Replaced& operator=(const Replaced&) = delete;
-    ~Replaced() { Put(real_); }
-
-    Function* real() const { return real_; }
-
-  private:
-    void Put(Function* function) {
-        DWORD protection = 0;
-        VirtualProtect(&slot_, sizeof slot_, PAGE_READWRITE, &protection);
-        slot_ = function;
-        VirtualProtect(&slot_, sizeof slot_, protection, &protection);
-    }
-
-    Function*& slot_;
-    Function* const real_;
-};
 
 enum class Call { kNone, kCreate, kSize, kPosition, kRead };
 
@@ -130,7 +111,7 @@ class WatchedFiles {
             SetLastError(ERROR_ACCESS_DENIED);
             return INVALID_HANDLE_VALUE;
         }
-        const HANDLE file = files.create_.real()(path, access, share, security, creation, flags, pattern);
+        const HANDLE file = files.create_.Real()(path, access, share, security, creation, flags, pattern);
         files.open += file == INVALID_HANDLE_VALUE ? 0 : 1;
         // Nobody promises that success clears the error of before.
         SetLastError(file == INVALID_HANDLE_VALUE ? ERROR_FILE_NOT_FOUND : ERROR_ALREADY_EXISTS);
@@ -145,7 +126,7 @@ class WatchedFiles {
             return INVALID_FILE_SIZE;
         }
         if (!files.has_size) {
-            return files.size_.real()(file, high);
+            return files.size_.Real()(file, high);
         }
         // As the platform does: nothing is said of success.
         if (files.size_error != ERROR_SUCCESS) {
@@ -165,7 +146,7 @@ class WatchedFiles {
             SetLastError(ERROR_SEEK);
             return INVALID_SET_FILE_POINTER;
         }
-        return files.position_.real()(file, low, high, method);
+        return files.position_.Real()(file, low, high, method);
     }
 
     static BOOL WINAPI Read(HANDLE file, LPVOID buffer, DWORD size, LPDWORD count, LPOVERLAPPED overlapped) {
@@ -177,14 +158,14 @@ class WatchedFiles {
             SetLastError(ERROR_CRC);
             return FALSE;
         }
-        return files.read_.real()(file, buffer, size - files.missing, count, overlapped);
+        return files.read_.Real()(file, buffer, size - files.missing, count, overlapped);
     }
 
     static BOOL WINAPI Close(HANDLE handle) {
         WatchedFiles& files = *current_;
         files.calls.emplace_back(L"CloseHandle");
         --files.open;
-        return files.close_.real()(handle);
+        return files.close_.Real()(handle);
     }
 
     static inline WatchedFiles* current_ = nullptr;

@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "rig/replaced.h"
+
 // Where this program's import table keeps the functions.
 extern "C" {
 extern decltype(&CloseHandle) __imp_CloseHandle;
@@ -31,6 +33,8 @@ extern decltype(&WritePrinter) __imp_WritePrinter;
 }
 
 namespace logo_system {
+
+using rig::Replaced;
 
 using Bytes = std::vector<std::uint8_t>;
 using Calls = std::vector<std::wstring>;
@@ -74,29 +78,6 @@ class OwnMemory {
 
   private:
     const Memory before_;
-};
-
-// Another function in the place of an imported one, while it lives.
-template <typename Function>
-class Replaced {
-  public:
-    Replaced(Function*& slot, Function* replacement) : slot_(slot), real_(slot) { Put(replacement); }
-    Replaced(const Replaced&) = delete;
-    Replaced& operator=(const Replaced&) = delete;
-    ~Replaced() { Put(real_); }
-
-    Function* Real() const { return real_; }
-
-  private:
-    void Put(Function* function) {
-        DWORD protection = 0;
-        VirtualProtect(&slot_, sizeof slot_, PAGE_READWRITE, &protection);
-        slot_ = function;
-        VirtualProtect(&slot_, sizeof slot_, protection, &protection);
-    }
-
-    Function*& slot_;
-    Function* const real_;
 };
 
 // The files of the disk. One at a time; it keeps the calls of the code under test, and of nobody else as long

@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "rig/replaced.h"
+
 // Where this program's import table keeps the spooler's functions.
 extern "C" {
 extern decltype(&EndDocPrinter) __imp_EndDocPrinter;
@@ -24,29 +26,10 @@ extern decltype(&WritePrinter) __imp_WritePrinter;
 
 namespace {
 
+using rig::Replaced;
+
 using Pieces = std::vector<std::vector<std::uint8_t>>;
 using Calls = std::vector<std::wstring>;
-
-// Another function in the place of an imported one, while it lives.
-template <typename Function>
-class Replaced {
-  public:
-    Replaced(Function*& slot, Function* replacement) : slot_(slot), real_(slot) { Put(replacement); }
-    Replaced(const Replaced&) = delete;
-    Replaced& operator=(const Replaced&) = delete;
-    ~Replaced() { Put(real_); }
-
-  private:
-    void Put(Function* function) {
-        DWORD protection = 0;
-        VirtualProtect(&slot_, sizeof slot_, PAGE_READWRITE, &protection);
-        slot_ = function;
-        VirtualProtect(&slot_, sizeof slot_, protection, &protection);
-    }
-
-    Function*& slot_;
-    Function* const real_;
-};
 
 const HANDLE kPrinter = reinterpret_cast<HANDLE>(std::uintptr_t{0x1234567890});
 

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -30,7 +31,13 @@ void PrintCurrentTest() {
 // The latest fault: the runtime's own handlers may replace it before it gets to ReportCrash.
 EXCEPTION_RECORD last_fault;
 
+// Reads and writes where nothing is. The system keeps those in a window procedure to itself.
+std::atomic<int> violations = 0;
+
 LONG CALLBACK NoteFault(EXCEPTION_POINTERS* exception) {
+    if (exception->ExceptionRecord->ExceptionCode == EXCEPTION_ACCESS_VIOLATION) {
+        ++violations;
+    }
     // Severity "error", raised by the processor.
     if ((exception->ExceptionRecord->ExceptionCode & 0xFFFF0000) == 0xC0000000 &&
         exception->ExceptionRecord->ExceptionCode != kInvalidUnwindTarget) {
@@ -38,6 +45,13 @@ LONG CALLBACK NoteFault(EXCEPTION_POINTERS* exception) {
     }
     return EXCEPTION_CONTINUE_SEARCH;
 }
+
+class NoHiddenCrashes : public testing::EmptyTestEventListener {
+    void OnTestStart(const testing::TestInfo&) override { violations = 0; }
+    void OnTestEnd(const testing::TestInfo&) override {
+        EXPECT_EQ(violations, 0) << "access violations, the last one at " << last_fault.ExceptionAddress;
+    }
+};
 
 // A crash ends the program here, with the place, instead of in the system's debugger.
 LONG WINAPI ReportCrash(EXCEPTION_POINTERS* exception) {
@@ -121,6 +135,7 @@ int main(int argc, char** argv) {
     SetUnhandledExceptionFilter(&ReportCrash);
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
     testing::InitGoogleMock(&argc, argv);
+    testing::UnitTest::GetInstance()->listeners().Append(new NoHiddenCrashes);
     // What the plug-in may leave at the root of the current drive stays in the prefix.
     SetCurrentDirectoryW(L"C:\\");
     const char* seconds = std::getenv("KVMR72_TEST_SECONDS");
