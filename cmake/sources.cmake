@@ -70,6 +70,7 @@ set(WIN32_SOURCES
   src/intrface/win/open_file.cpp
   src/intrface/win/platform_win.cpp
   src/intrface/win/property_sheet.cpp
+  src/intrface/win/runtime_threads.cpp
   src/intrface/win/shell_functions.cpp
   src/intrface/win/subclass.cpp
   src/intrface/win/terminate.cpp

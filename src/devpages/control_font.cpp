@@ -34,6 +34,9 @@ bool IsSpelled(StringView16 key, StringView16 keys) noexcept {
     return false;
 }
 
+// Of a row that there is not.
+const String16 kNone;
+
 }  // namespace
 
 std::optional<ControlCommand> ParseControlCommand(StringView16 text) noexcept {
@@ -109,7 +112,8 @@ bool ControlFont::Save(ControlFontFile& file) const {
 }
 
 const String16& ControlFont::Command(int row) const noexcept {
-    static const String16 kNone;
+    // Either is an object that stays.
+    // cppcheck-suppress returnTempReference
     return HasRow(row) ? commands_[IndexOf(row)] : kNone;
 }
 

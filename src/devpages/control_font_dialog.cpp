@@ -50,7 +50,12 @@ template <typename State, typename Opened>
 INT_PTR TakeState(HWND dialog, LPARAM state, Opened&& opened) {
     if (state != 0 && StateOf<State>(dialog) == nullptr) {
         SetWindowLongPtrW(dialog, DWLP_USER, state);
-        opened(*StateOf<State>(dialog));
+        if (State* const kept = StateOf<State>(dialog)) {
+            opened(*kept);
+        } else {
+            // The system refuses: what the dialog would show is nobody's.
+            EndDialog(dialog, IDCANCEL);
+        }
     }
     return TRUE;
 }

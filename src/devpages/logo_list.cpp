@@ -48,8 +48,13 @@ bool ReadMono(const Logo& logo, LogoType type, RasterWork& work) {
     BitmapHeaders headers{};
     const bool isOpened = ReadLogoHeaders(logo.path, headers) != LogoHeadersResult::kCannotOpen;
     if (type == LogoType::kTransformation) {
-        return isOpened && headers.bitCount == kMonoBits ? ReadLogoFile(logo.path, work.file)
-                                                         : ReadConverted(logo, type, work);
+        if (headers.bitCount == kMonoBits) {
+            return ReadLogoFile(logo.path, work.file);
+        }
+        // A source that cannot be read may be black and white itself: a converted file of another depth is
+        // then not this type's, and tells nothing of the logo.
+        return ReadConverted(logo, type, work) &&
+               (headers.bitCount != 0 || ReadBitmapHeaders(work.file).bitCount == kMonoBits);
     }
     if (!isOpened) {
         return false;

@@ -380,6 +380,10 @@ INT_PTR SheetNotified(HWND dialog, DocumentSheetContext& context, UINT code) {
 INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     auto* const context = PageContext<DocumentSheetContext>(
         dialog, message, lParam, L"ERROR UI:  LayoutPropPageProc : GetWindowLongPtr Failed (%d)\r\n");
+    // Also of a page that never knew its sheet: its template made the pictures.
+    if (message == WM_DESTROY) {
+        PageClosed(dialog);
+    }
     if (context == nullptr) {
         return FALSE;
     }
@@ -387,9 +391,6 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
         case WM_INITDIALOG:
             PageOpened(dialog, *context);
-            return FALSE;
-        case WM_DESTROY:
-            PageClosed(dialog);
             return FALSE;
         case WM_PAINT:
             PagePainted(dialog, *context);

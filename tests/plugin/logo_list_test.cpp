@@ -524,6 +524,23 @@ TEST_F(LogoListTest, AnOriginalThatOpensTooLateEndsTheJob) {
     ExpectEnded({logo}, LogoType::kOriginal);
 }
 
+// A black-and-white source is sent itself: what another type left beside it is not its picture.
+TEST_F(LogoListTest, WhatLiesBesideASourceThatCannotBeReadEndsTheJob) {
+    const Logo logo = Made(L"shop.bmp", kTwoOf1);
+    Put(L"shopTemp.bmp", kTwoOf8);
+    for (const int failing : {0, 2}) {
+        WatchedFiles files;
+        files.failing = failing;
+        ExpectEnded({logo}, LogoType::kTransformation);
+        EXPECT_TRUE(
+            files.calls.at(static_cast<std::size_t>(failing)).starts_with(failing == 0 ? L"open" : L"read"))
+            << testing::PrintToString(files.calls);
+    }
+    ExpectSent({logo}, LogoType::kTransformation, {kTwoAsMono});
+    std::filesystem::remove(Path(L"shop.bmp"));
+    ExpectEnded({logo}, LogoType::kTransformation);
+}
+
 // While the first logo is written, the second one's files go.
 TEST_F(LogoListTest, FilesThatGoMeanwhileEndTheJob) {
     for (const LogoType type : kTypes) {

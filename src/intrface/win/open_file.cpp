@@ -12,11 +12,15 @@ constexpr std::size_t kLongestPath = 32767;
 using OpenFileFunction = decltype(&GetOpenFileNameW);
 
 // Loaded when a file is chosen for the first time: most programs that print never need it.
+Library gDialogs;
+
 OpenFileFunction OpenFileDialog() noexcept {
-    static const Library library(LoadLibraryW(L"comdlg32.dll"));
-    return library ? reinterpret_cast<OpenFileFunction>(
-                         reinterpret_cast<void*>(GetProcAddress(library.Get(), "GetOpenFileNameW")))
-                   : nullptr;
+    if (!gDialogs) {
+        gDialogs.Reset(LoadLibraryW(L"comdlg32.dll"));
+    }
+    return gDialogs ? reinterpret_cast<OpenFileFunction>(
+                          reinterpret_cast<void*>(GetProcAddress(gDialogs.Get(), "GetOpenFileNameW")))
+                    : nullptr;
 }
 
 }  // namespace
@@ -38,6 +42,6 @@ bool AskForFile(HWND owner, const wchar_t* title, const wchar_t* filter, std::ws
     if (!openFile(&dialog)) {
         return false;
     }
-    path.assign(buffer.c_str());
+    path.assign(buffer, 0, buffer.find(L'\0'));
     return true;
 }

@@ -21,6 +21,10 @@ Context* PageContext(HWND dialog, UINT message, LPARAM lParam, const wchar_t* mi
         // What it was told first stays.
         if (GetWindowLongPtrW(dialog, DWLP_USER) == 0) {
             SetWindowLongPtrW(dialog, DWLP_USER, context);
+            // A page that cannot be told again whose it is must not make what it could not give back.
+            if (GetWindowLongPtrW(dialog, DWLP_USER) == 0) {
+                return nullptr;
+            }
         }
         return reinterpret_cast<Context*>(context);
     }

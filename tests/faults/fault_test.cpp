@@ -1,0 +1,387 @@
+// Each call into the platform that can fail, failing in turn: the program that prints goes on, what was
+// started at the spooler is ended, nothing is left behind, and the user is told where that is promised.
+//
+// Only a sample of the calls fails, the same one each time: KVMR72_FAULTS in the environment is its size in
+// each scenario.
+#include <windows.h>
+
+#include <winternl.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <numeric>
+#include <random>
+#include <set>
+#include <thread>
+
+#include "faults/fault_calls.h"
+#include "faults/fault_scenarios.h"
+#include "pages/page_fixture.h"
+#include "pages/printer_fixture.h"
+#include "rig/test_desktop.h"
+
+namespace {
+
+using faults::FaultCalls;
+using faults::FaultPlan;
+using faults::Scenario;
+
+// As many allocations in a row fail as a burst.
+constexpr int kBurst = 6;
+
+// Only the runtime's start-up asks for zeroed memory: for the list of what runs when the DLL goes. Without it
+// nothing does, and the texts stay. A text that a window did not take in time is left to the window.
+constexpr std::string_view kLeaveMemory[] = {"calloc", "SendMessageTimeoutW"};
+
+// So many of a scenario's calls fail, chosen the same way each time.
+std::size_t WantedSample() {
+    constexpr std::size_t kUsual = 3;
+    const char* const wanted = std::getenv("KVMR72_FAULTS");
+    return wanted == nullptr ? kUsual : std::strtoul(wanted, nullptr, 10);
+}
+
+// The table of all GDI objects that the process environment block points at; Wine counts nowhere else.
+int CountGdiObjects() {
+    struct Entry {
+        void* object;
+        std::uint32_t owner;
+        std::uint16_t unique;
+        std::uint8_t type;
+        std::uint8_t flags;
+        void* user;
+    };
+    constexpr std::size_t kTableOffset = 0xF8;
+    constexpr std::size_t kTableEntries = 16384;
+    PROCESS_BASIC_INFORMATION process = {};
+    NtQueryInformationProcess(GetCurrentProcess(), ProcessBasicInformation, &process, sizeof process,
+                              nullptr);
+    const Entry* table = nullptr;
+    std::memcpy(&table, reinterpret_cast<const std::byte*>(process.PebBaseAddress) + kTableOffset,
+                sizeof table);
+    return static_cast<int>(
+        std::count_if(table, table + kTableEntries, [](const Entry& entry) { return entry.type != 0; }));
+}
+
+// What is tried at the moment, for a report that there is no more time to write.
+std::string now_trying;
+std::atomic<std::int64_t> tried_since = 0;
+
+void Announce() {
+    std::printf("while trying: %s\n", now_trying.c_str());
+    std::fflush(stdout);
+}
+
+LPTOP_LEVEL_EXCEPTION_FILTER next_filter = nullptr;
+
+LONG WINAPI AnnounceCrash(EXCEPTION_POINTERS* exception) {
+    Announce();
+    return next_filter != nullptr ? next_filter(exception) : EXCEPTION_CONTINUE_SEARCH;
+}
+
+void AnnounceAbort(int) {
+    std::printf("CRASH: abort");
+    void* frames[24] = {};
+    const USHORT count = CaptureStackBackTrace(0, static_cast<DWORD>(std::size(frames)), frames, nullptr);
+    const auto base =
+        reinterpret_cast<std::uintptr_t>(GetModuleHandleW(rig::PluginPath().filename().c_str()));
+    for (USHORT i = 0; i < count; ++i) {
+        const auto offset = reinterpret_cast<std::uintptr_t>(frames[i]) - base;
+        constexpr std::uintptr_t kLargestImage = 1u << 24;
+        if (offset < kLargestImage) {
+            std::printf(" +%#llx", static_cast<unsigned long long>(offset));
+        }
+    }
+    std::printf("\n");
+    Announce();
+    TerminateProcess(GetCurrentProcess(), 5);
+}
+
+std::int64_t Seconds() {
+    return std::chrono::duration_cast<std::chrono::seconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+void WatchForHangs() {
+    constexpr std::int64_t kLongest = 45;
+    for (;;) {
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+        const std::int64_t since = tried_since;
+        if (since != 0 && Seconds() - since > kLongest) {
+            std::printf("HUNG\n");
+            Announce();
+            TerminateProcess(GetCurrentProcess(), 99);
+        }
+    }
+}
+
+void ReportOnce() {
+    static const bool reports = [] {
+        next_filter = SetUnhandledExceptionFilter(&AnnounceCrash);
+        std::signal(SIGABRT, &AnnounceAbort);
+        std::thread(WatchForHangs).detach();
+        // The tests' own runtime keeps something of its first exception.
+        try {
+            throw HostError("");
+        } catch (const HostError&) {
+        }
+        return true;
+    }();
+    static_cast<void>(reports);
+}
+
+// What a run leaves, the same for a run with a fault as for one without.
+struct Remains {
+    std::map<std::string, int> left;
+    int gdi_objects = 0;
+    std::ptrdiff_t handles = 0;
+};
+
+struct Outcome {
+    int calls = 0;
+    int memory_calls = 0;
+    std::string failed;
+    std::string function;
+    std::string step;
+    Remains remains;
+    std::vector<std::wstring> boxes;
+    std::vector<std::string> spooler;
+    int stray_frees = 0;
+};
+
+std::string Listed(const std::map<std::string, int>& left) {
+    std::string text;
+    for (const auto& [what, count] : left) {
+        text += what + " x " + std::to_string(count) + "\n";
+    }
+    return text;
+}
+
+int CountCalls(const std::vector<std::string>& log, const std::string& function, bool succeeded) {
+    return static_cast<int>(std::ranges::count_if(log, [&](const std::string& line) {
+        return line.starts_with(function + "(") && (!succeeded || line.find("-> FALSE") == std::string::npos);
+    }));
+}
+
+// Of each scenario's run without a fault.
+std::map<std::string, Outcome> clean_runs;
+
+class FaultTest : public pages::PageTest, public testing::WithParamInterface<Scenario> {
+  protected:
+    void SetUp() override {
+        ReportOnce();
+        PageTest::SetUp();
+        faults::MakeScenarioFiles();
+        std::error_code error;
+        std::filesystem::create_directories(ControlFontFile().parent_path(), error);
+        // What the system makes once, it makes now.
+        const auto [kept, is_new] = clean_runs.try_emplace(GetParam().name);
+        for (int i = 0; is_new && i < 2; ++i) {
+            now_trying = std::string(GetParam().name) + " without a fault";
+            kept->second = Run({});
+        }
+        clean_ = kept->second;
+        ASSERT_FALSE(HasFailure());
+    }
+
+    void TearDown() override {
+        PageTest::TearDown();
+        std::error_code error;
+        std::filesystem::remove(ControlFontFile(), error);
+    }
+
+    static std::filesystem::path ControlFontFile() {
+        wchar_t windows[MAX_PATH] = {};
+        GetWindowsDirectoryW(windows, MAX_PATH);
+        return std::filesystem::path(windows) / L"system32\\spool\\drivers\\w32x86\\3\\KVMR72CONTROL.dat";
+    }
+
+    // The scenario with a fault, from a machine as it was before the first run.
+    Outcome Run(const FaultPlan& plan) {
+        const Scenario& scenario = GetParam();
+        rig::SetLanguageValue(L"IsFirstRun_KVMR72", L"FALSE");
+        pages::ChooseLanguage(pages::kEnglish);
+        if (scenario.is_first_use) {
+            rig::RemoveLanguageKey();
+            rig::RemoveUserFolder();
+        }
+        std::error_code error;
+        std::filesystem::remove(ControlFontFile(), error);
+        Outcome outcome;
+        const int gdi_objects = CountGdiObjects();
+        const std::uintptr_t next_handle = pages::NextFreeHandle();
+        {
+            VirtualPrinter printer;
+            FaultCalls calls(printer, plan);
+            calls.answers.folder = rig::UserFolder().wstring();
+            tried_since = Seconds();
+            Work(scenario, calls, printer, plan);
+            tried_since = 0;
+            outcome.calls = calls.calls();
+            outcome.memory_calls = calls.memory_calls();
+            outcome.failed = calls.failed();
+            outcome.function = calls.failed_function();
+            outcome.step = calls.failed_step();
+            outcome.boxes = calls.boxes();
+            outcome.spooler = printer.Log();
+            outcome.remains.left = calls.Left();
+            outcome.stray_frees = calls.stray_frees();
+        }
+        outcome.remains.gdi_objects = CountGdiObjects() - gdi_objects;
+        outcome.remains.handles = static_cast<std::ptrdiff_t>(pages::NextFreeHandle() - next_handle);
+        return outcome;
+    }
+
+    // All calls from 1 to `calls` in turn, or a sample of them.
+    void TryEach(int calls, const FaultPlan& burst) {
+        std::vector<int> numbers(static_cast<std::size_t>(calls));
+        std::iota(numbers.begin(), numbers.end(), 1);
+        if (const std::size_t wanted = WantedSample(); wanted < numbers.size()) {
+            std::mt19937 random(static_cast<unsigned>(calls));
+            std::ranges::shuffle(numbers, random);
+            numbers.resize(wanted);
+        }
+        for (const int number : numbers) {
+            FaultPlan plan = burst;
+            plan.first = number;
+            now_trying = std::string(GetParam().name) + ", call " + std::to_string(number) +
+                         (plan.memory_only ? " for memory and those behind it" : "");
+            Outcome outcome = Run(plan);
+            // The system may have kept something of its own this time: what the plug-in leaves, it leaves
+            // again.
+            for (int i = 0; i < 2 && LeavesObjects(outcome); ++i) {
+                outcome = Run(plan);
+            }
+            SCOPED_TRACE(now_trying + ": " + outcome.failed + " in step \"" + outcome.step + "\"");
+            Judge(outcome);
+        }
+        std::printf("%s: %d calls, %d tried\n", GetParam().name, calls, static_cast<int>(numbers.size()));
+        std::fflush(stdout);
+    }
+
+    Outcome clean_;
+
+  private:
+    void Work(const Scenario& scenario, FaultCalls& calls, VirtualPrinter& printer, const FaultPlan& plan) {
+        const bool tolerates = plan.first != 0;
+        try {
+            HostSettings settings;
+            settings.printer = printer.handle();
+            StartHost(std::move(settings));
+            if (scenario.sheet) {
+                RunDriven([&] { Host().OpenSheet(*scenario.sheet); },
+                          [&](UiDriver& ui) {
+                              rig::JoinOwnDesktop();
+                              const Sheet sheet = ui.WaitForSheet();
+                              scenario.work(faults::Script(ui, sheet, calls, tolerates));
+                              sheet.PressCancel();
+                          });
+            }
+        } catch (const HostError& refused) {
+            EXPECT_TRUE(tolerates) << refused.what();
+        } catch (const UiError& lost) {
+            ADD_FAILURE() << now_trying << ": " << lost.what();
+        }
+        StopHost();
+    }
+
+    bool LeavesObjects(const Outcome& outcome) const {
+        return outcome.remains.gdi_objects > clean_.remains.gdi_objects ||
+               outcome.remains.handles > clean_.remains.handles;
+    }
+
+    void Judge(const Outcome& outcome) const {
+        if (std::ranges::find(kLeaveMemory, outcome.function) == std::end(kLeaveMemory)) {
+            EXPECT_EQ(Listed(outcome.remains.left), Listed(clean_.remains.left));
+        }
+        EXPECT_LE(outcome.remains.gdi_objects, clean_.remains.gdi_objects);
+        EXPECT_LE(outcome.remains.handles, clean_.remains.handles);
+        EXPECT_EQ(outcome.stray_frees, 0);
+        const auto& log = outcome.spooler;
+        EXPECT_EQ(CountCalls(log, "StartDocPrinterW", true), CountCalls(log, "EndDocPrinter", false));
+        EXPECT_EQ(CountCalls(log, "StartPagePrinter", true), CountCalls(log, "EndPagePrinter", false));
+        for (const faults::ToldFault& told : GetParam().told) {
+            if (outcome.step == told.step && outcome.function == told.function) {
+                EXPECT_THAT(outcome.boxes, testing::Contains(std::wstring(told.text)));
+            }
+        }
+    }
+};
+
+std::string TestName(const testing::TestParamInfo<Scenario>& info) {
+    std::string name;
+    bool is_start = true;
+    for (const char* c = info.param.name; *c != '\0'; ++c) {
+        if (*c != ' ') {
+            name += is_start ? static_cast<char>(*c - 'a' + 'A') : *c;
+        }
+        is_start = *c == ' ';
+    }
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Scenarios, FaultTest,
+                         testing::ValuesIn(faults::Scenarios().begin(), faults::Scenarios().end()), TestName);
+
+// As "KERNEL32.dll!ReadFile".
+std::set<std::string> ImportsOf(HMODULE module) {
+    std::set<std::string> imports;
+    const auto* const base = reinterpret_cast<const std::uint8_t*>(module);
+    const auto at = [base](auto type, std::size_t offset) {
+        return static_cast<decltype(type)>(static_cast<const void*>(base + offset));
+    };
+    const auto* const dos = at(static_cast<const IMAGE_DOS_HEADER*>(nullptr), 0);
+    const auto* const nt =
+        at(static_cast<const IMAGE_NT_HEADERS64*>(nullptr), static_cast<std::size_t>(dos->e_lfanew));
+    const auto* import = at(static_cast<const IMAGE_IMPORT_DESCRIPTOR*>(nullptr),
+                            nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress);
+    for (; import->Name != 0; ++import) {
+        const std::string dll = at(static_cast<const char*>(nullptr), import->Name);
+        const auto* name = at(static_cast<const IMAGE_THUNK_DATA64*>(nullptr), import->OriginalFirstThunk);
+        for (; name->u1.AddressOfData != 0; ++name) {
+            imports.insert(dll + '!' +
+                           at(static_cast<const char*>(nullptr), name->u1.AddressOfData + sizeof(WORD)));
+        }
+    }
+    return imports;
+}
+
+// What the plug-in newly calls is to be told apart: can it fail, and how?
+TEST(FaultCallsTest, KnowsEveryFunctionThatIsImported) {
+    const rig::PluginDll plugin;
+    std::set<std::string> known;
+    for (const auto& functions :
+         {faults::FallibleFunctions(), faults::HarmlessFunctions(), faults::RuntimeFunctions()}) {
+        for (const std::string& function : functions) {
+            EXPECT_TRUE(known.insert(function).second) << function << " stands in two lists";
+        }
+    }
+    const std::set<std::string> imports = ImportsOf(plugin.module());
+    EXPECT_GT(imports.size(), 100u);
+    for (const std::string& import : imports) {
+        EXPECT_TRUE(known.contains(import)) << import << " stands in no list";
+    }
+    for (const std::string& function : known) {
+        EXPECT_TRUE(imports.contains(function) || faults::IsFoundByName(function))
+            << function << " is not imported";
+    }
+}
+
+TEST_P(FaultTest, AnyCallMayFail) {
+    TryEach(clean_.calls, {});
+}
+
+TEST_P(FaultTest, MemoryMayStayOut) {
+    TryEach(clean_.memory_calls, {.count = std::numeric_limits<int>::max(), .memory_only = true});
+}
+
+TEST_P(FaultTest, MemoryMayRunOut) {
+    TryEach(clean_.memory_calls, {.count = kBurst, .memory_only = true});
+}
+
+}  // namespace
