@@ -5,8 +5,6 @@
 // each scenario.
 #include <windows.h>
 
-#include <winternl.h>
-
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -23,6 +21,7 @@
 #include "faults/fault_scenarios.h"
 #include "pages/page_fixture.h"
 #include "pages/printer_fixture.h"
+#include "rig/gdi_objects.h"
 #include "rig/test_desktop.h"
 
 namespace {
@@ -43,28 +42,6 @@ std::size_t WantedSample() {
     constexpr std::size_t kUsual = 3;
     const char* const wanted = std::getenv("KVMR72_FAULTS");
     return wanted == nullptr ? kUsual : std::strtoul(wanted, nullptr, 10);
-}
-
-// The table of all GDI objects that the process environment block points at; Wine counts nowhere else.
-int CountGdiObjects() {
-    struct Entry {
-        void* object;
-        std::uint32_t owner;
-        std::uint16_t unique;
-        std::uint8_t type;
-        std::uint8_t flags;
-        void* user;
-    };
-    constexpr std::size_t kTableOffset = 0xF8;
-    constexpr std::size_t kTableEntries = 16384;
-    PROCESS_BASIC_INFORMATION process = {};
-    NtQueryInformationProcess(GetCurrentProcess(), ProcessBasicInformation, &process, sizeof process,
-                              nullptr);
-    const Entry* table = nullptr;
-    std::memcpy(&table, reinterpret_cast<const std::byte*>(process.PebBaseAddress) + kTableOffset,
-                sizeof table);
-    return static_cast<int>(
-        std::count_if(table, table + kTableEntries, [](const Entry& entry) { return entry.type != 0; }));
 }
 
 // What is tried at the moment, for a report that there is no more time to write.
@@ -213,7 +190,7 @@ class FaultTest : public pages::PageTest, public testing::WithParamInterface<Sce
         std::error_code error;
         std::filesystem::remove(ControlFontFile(), error);
         Outcome outcome;
-        const int gdi_objects = CountGdiObjects();
+        const int gdi_objects = rig::CountGdiObjects();
         const std::uintptr_t next_handle = pages::NextFreeHandle();
         {
             VirtualPrinter printer;
@@ -232,7 +209,7 @@ class FaultTest : public pages::PageTest, public testing::WithParamInterface<Sce
             outcome.remains.left = calls.Left();
             outcome.stray_frees = calls.stray_frees();
         }
-        outcome.remains.gdi_objects = CountGdiObjects() - gdi_objects;
+        outcome.remains.gdi_objects = rig::CountGdiObjects() - gdi_objects;
         outcome.remains.handles = static_cast<std::ptrdiff_t>(pages::NextFreeHandle() - next_handle);
         return outcome;
     }

@@ -1,0 +1,63 @@
+// What the process holds of the system: what grows from one use of the plug-in to the next is left behind by
+// it, and hosts use it all day.
+//
+//   LeakWatch watch;
+//   for (...) {
+//       use();
+//       watch.Count();
+//   }
+//   EXPECT_EQ(watch.Growth(), "");
+#pragma once
+
+#include <windows.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace soak {
+
+struct ProcessCounts {
+    // Pens, bitmaps, device contexts and the like.
+    int gdi_objects = 0;
+    // Windows, menus, icons and cursors.
+    int user_objects = 0;
+    int handles = 0;
+    // The number of the next thread-local slot: it moves on with each one that is not given back.
+    DWORD next_slot = 0;
+    // Blocks in all heaps and their bytes.
+    std::size_t blocks = 0;
+    std::size_t bytes = 0;
+
+    static ProcessCounts Now();
+};
+
+// Looks at the counts after each use. What grows with every use is more after the last few uses than it ever
+// was after the first few, in which the system makes things that it keeps.
+class LeakWatch {
+  public:
+    // `kept_blocks`: what the system itself keeps of memory with each use.
+    explicit LeakWatch(std::size_t kept_blocks = 0) : kept_blocks_(kept_blocks) {}
+
+    void Count();
+    // What has grown, as lines; empty when nothing has. One more of anything is none too many, and of blocks
+    // of memory one for every third use.
+    std::string Growth() const;
+    // Every count, for a report.
+    std::string Report() const;
+
+  private:
+    static constexpr std::size_t kEdge = 4;
+
+    ProcessCounts Most() const;
+    ProcessCounts Least() const;
+
+    std::size_t kept_blocks_;
+    std::vector<ProcessCounts> counts_;
+};
+
+// How often something is done: as the environment variable says, or else `usual`.
+int Times(const char* variable, int usual);
+
+}  // namespace soak
