@@ -17,7 +17,7 @@ namespace {
 // As the platform documents FORM_INFO_1.
 constexpr std::size_t kLongestName = 31;
 
-constexpr std::size_t kLargestFile = 1024 * 1024;
+constexpr std::size_t kLargestFile = 1024ULL * 1024;
 
 // In a file: what stands in for bytes that are no UTF-8, and so never for itself.
 constexpr wchar_t kReplacement = L'\xFFFD';

@@ -44,7 +44,7 @@ constexpr wchar_t kLanguageValue[] = L"LANGUAGE_KVMR72";
 constexpr wchar_t kFollowSystemValue[] = L"IsFirstRun_KVMR72";
 
 // Above any file in which records travel between people: saved DEVMODEs, a spooler's files.
-constexpr std::size_t kLargestShownFile = 16 * 1024 * 1024;
+constexpr std::size_t kLargestShownFile = 16ULL * 1024 * 1024;
 
 using RecordCopy = std::array<std::uint8_t, kOemRecordSize>;
 

@@ -200,6 +200,8 @@ void* ModuleImports::ReplaceAny(const char* dll, const char* function, void* rep
     if (state_->module != nullptr) {
         state_->Patch(state_->module);
     }
+    // The module stays, as what it exports was handed out.
+    // cppcheck-suppress resourceLeak
     return real;
 }
 

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::size_t kMaxFileSize = 16 * 1024 * 1024;
+constexpr std::size_t kMaxFileSize = 16ULL * 1024 * 1024;
 
 ListedPrint ReadLine(std::wstring_view line, const std::string& where) {
     const std::size_t first = line.find(L'\t');

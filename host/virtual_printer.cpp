@@ -212,6 +212,8 @@ HANDLE VirtualPrinter::handle() const noexcept {
 
 HANDLE VirtualPrinter::NewPrinter(PrinterDescription description) {
     const std::lock_guard lock(mutex_);
+    // A member: it stays where it is as long as the printer.
+    // cppcheck-suppress returnDanglingLifetime
     return &printers_.emplace_back(Printer{.description = std::move(description)});
 }
 

@@ -19,7 +19,7 @@ constexpr std::size_t kFirstBytes = 62;
 
 // No larger file is converted or shown: the largest logo has 3 MB at 32 bits a pixel, the rest is for what
 // may lie before its pixels.
-constexpr std::uint64_t kMostBytes = 16 * 1024 * 1024;
+constexpr std::uint64_t kMostBytes = 16ULL * 1024 * 1024;
 
 // What a user has open elsewhere can be converted all the same.
 FileHandle OpenLogo(const std::wstring& path) {

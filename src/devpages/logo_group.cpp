@@ -371,7 +371,7 @@ void LogoGroupOpened(HWND dialog) {
     if (!SetPropW(dialog, kStateProperty, state.get())) {
         return;
     }
-    state.release();
+    static_cast<void>(state.release());
     const TextTable& texts = DownloadPageTexts();
     const ListColumn columns[] = {{texts[kDownloadPageColumns], kColumnWidths[kNumberColumn]},
                                   {texts[kDownloadPageColumns + 1], kColumnWidths[kNameColumn]},

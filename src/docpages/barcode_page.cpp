@@ -113,7 +113,7 @@ std::vector<std::uint8_t> TestData(HWND dialog, int dataBox) {
     const int bytes = WideCharToMultiByte(CP_ACP, 0, text, length, nullptr, 0, nullptr, nullptr);
     std::string data(static_cast<std::size_t>(bytes), '\0');
     WideCharToMultiByte(CP_ACP, 0, text, length, data.data(), bytes, nullptr, nullptr);
-    return {data.begin(), std::find(data.begin(), data.end(), '\0')};
+    return std::vector<std::uint8_t>(data.begin(), std::find(data.begin(), data.end(), '\0'));
 }
 
 void SendTestPrint(const DocumentSheetContext& context, const wchar_t* name,

@@ -51,7 +51,7 @@ constexpr Layout k8Bit = {8, 0x00};
 constexpr std::size_t kMaxColours = 256;
 
 // The most pixels of rows that the source does not hold.
-constexpr std::uint64_t kMaxMissingPixels = 10 * 1024 * 1024;
+constexpr std::uint64_t kMaxMissingPixels = 10ULL * 1024 * 1024;
 
 // Rows go through in pieces of this many pixels, whatever the header says of their width. A multiple of 32,
 // so that every piece but a row's last begins and ends with whole bytes and no padding.

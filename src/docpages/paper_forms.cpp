@@ -32,7 +32,8 @@ void ShowChosenForm(const DocumentSheetContext& context, HWND list) noexcept {
             continue;
         }
         if (HasValue(item, item.Sel)) {
-            SendMessageW(list, CB_SETCURSEL, static_cast<WPARAM>(first + item.Sel), 0);
+            const LONG chosen = first + item.Sel;
+            SendMessageW(list, CB_SETCURSEL, static_cast<WPARAM>(chosen), 0);
         }
         first += item.pOptType->Count;
     }

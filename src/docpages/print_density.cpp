@@ -55,7 +55,7 @@ bool IsPrintDensity(const OPTITEM& item) {
 }
 
 // A driver's texts may be constants.
-bool IsWritable(wchar_t* text, std::size_t length) noexcept {
+bool IsWritable(const wchar_t* text, std::size_t length) noexcept {
     constexpr DWORD kWritable =
         PAGE_READWRITE | PAGE_WRITECOPY | PAGE_EXECUTE_READWRITE | PAGE_EXECUTE_WRITECOPY;
     const auto* position = reinterpret_cast<const std::byte*>(text);

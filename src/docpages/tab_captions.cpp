@@ -83,7 +83,7 @@ bool SetTab(HWND tabs, int index, const Page& page) noexcept {
         Ask(tabs, TCM_SETITEMW, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&text->item), answer);
     if (!isAnswered) {
         // The thread may be at it, or come to it later: the text is its own from now on.
-        text.release();
+        static_cast<void>(text.release());
     }
     return isAnswered;
 }

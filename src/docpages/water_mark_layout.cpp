@@ -129,7 +129,7 @@ TextStart TextStartPoint(std::int32_t angle, PixelSize extent) noexcept {
     const double radians = std::clamp(angle, std::int32_t{0}, kMaxAngle) * 2 * kPi / 360;
     const double halfWidth = extent.width / 2.0;
     const double halfHeight = extent.height / 2.0;
-    constexpr double kCentre = kTextImageSide / 2;
+    constexpr double kCentre = kTextImageSide / 2.0;
     return {ToPixel(kCentre - (std::cos(radians) * halfWidth - std::sin(radians) * halfHeight)),
             ToPixel(kCentre + (std::sin(radians) * halfWidth + std::cos(radians) * halfHeight))};
 }

@@ -170,9 +170,8 @@ void ListFonts(HWND dialog, const OEMDEV& record) {
             widest = std::max(widest, extent.cx);
         }
     }
-    const int beside = GetSystemMetrics(SM_CXVSCROLL) + 4 * GetSystemMetrics(SM_CXEDGE);
-    SendDlgItemMessageW(dialog, IDC_WATERMARK_FONT, CB_SETDROPPEDWIDTH, static_cast<WPARAM>(widest + beside),
-                        0);
+    widest += GetSystemMetrics(SM_CXVSCROLL) + 4 * GetSystemMetrics(SM_CXEDGE);
+    SendDlgItemMessageW(dialog, IDC_WATERMARK_FONT, CB_SETDROPPEDWIDTH, static_cast<WPARAM>(widest), 0);
     SelectItem(dialog, IDC_WATERMARK_FONT, 0);
     const std::wstring stored(FieldText(record.szWaterMarkFont));
     const LRESULT index =
@@ -225,7 +224,7 @@ void PageOpened(HWND dialog, const OEMDEV* record) {
         ShowRecord(dialog, *record);
         auto state = std::make_unique<PageState>();
         if (SetPropW(dialog, kStateProperty, state.get())) {
-            state.release();
+            static_cast<void>(state.release());
         }
     }
     AttachHelp(dialog, WaterMarkPageHelp(), WaterMarkHelpProc);

@@ -12,7 +12,7 @@
 #include <winddiui.h>
 
 // Handed through, never looked into; the toolchain's headers may lack it.
-typedef struct _DEVQUERYPRINT_INFO* PDEVQUERYPRINT_INFO;
+using PDEVQUERYPRINT_INFO = struct _DEVQUERYPRINT_INFO*;
 
 constexpr DWORD OEMGI_GETSIGNATURE = 1;
 constexpr DWORD OEMGI_GETINTERFACEVERSION = 2;

@@ -23,7 +23,7 @@ GreyTables::GreyTables(const std::array<ToneCurve, kColours>& curves, const Grey
     for (std::size_t colour = 0; colour < kColours; ++colour) {
         std::transform(curves[colour].begin(), curves[colour].end(), tables_[colour].begin(),
                        [weight = weights[colour]](std::uint8_t value) {
-                           return static_cast<std::uint32_t>((value * weight * kLevel + 500) / 1000);
+                           return static_cast<std::uint32_t>((kLevel * value * weight + 500) / 1000);
                        });
     }
     for (std::uint32_t& entry : tables_[0]) {
@@ -45,7 +45,7 @@ void GreyTables::GreyOfRow(const std::uint8_t* pixels, std::size_t width, std::u
     std::size_t x = 0;
     for (; x + kLanes <= width; x += kLanes) {
         __m128i fours[4];
-#pragma GCC unroll 4
+        UNROLL(4)
         for (__m128i& four : fours) {
             const __m128i sums = _mm_unpacklo_epi64(twoSums(pixels), twoSums(pixels + 2 * kColours));
             four = _mm_srli_epi32(sums, kShift);
@@ -64,7 +64,7 @@ void GreyTables::GreyOfRow(const std::uint8_t* pixels, std::size_t width, std::u
 void GreyOfRow8(const ToneCurve& curve, const std::uint8_t* pixels, std::size_t rowBytes,
                 std::uint8_t* grey) noexcept {
     for (std::size_t x = 0; x < rowBytes; x += 4) {
-#pragma GCC unroll 4
+        UNROLL(4)
         for (std::size_t i = 0; i < 4; ++i) {
             grey[x + i] = curve[pixels[x + i]];
         }
@@ -144,7 +144,7 @@ ColourSums PlainSumsOfRow(const std::uint8_t* pixels, std::size_t width) noexcep
         LaneSums first;
         LaneSums second;
         LaneSums third;
-#pragma GCC unroll 4
+        UNROLL(4)
         for (std::size_t i = 0; i < count; ++i, pixels += kLanes * kColours) {
             first.Add(LoadLanes(pixels));
             second.Add(LoadLanes(pixels + kLanes));
@@ -164,7 +164,7 @@ ColourSums CurvedSumsOfRow(const ToneCurve& curve, const std::uint8_t* pixels, s
     std::uint32_t first = 0;
     std::uint32_t second = 0;
     std::uint32_t third = 0;
-#pragma GCC unroll 4
+    UNROLL(4)
     for (std::size_t x = 0; x < width; ++x, pixels += kColours) {
         first += curve[pixels[0]];
         second += curve[pixels[1]];

@@ -136,7 +136,7 @@ void Walk(std::int16_t* sums, std::size_t count) noexcept {
     const auto length = static_cast<std::ptrdiff_t>(count / kParts) * kStep;
     std::array<std::ptrdiff_t, kParts> carry{};
     for (std::ptrdiff_t x = 0; x != length; x += kStep) {
-#pragma GCC unroll 4
+        UNROLL(4)
         for (std::size_t part = 0; part < kParts; ++part) {
             std::int16_t* const at = sums + static_cast<std::ptrdiff_t>(part) * length + x;
             const std::ptrdiff_t sum = *at + carry[part];

@@ -75,7 +75,7 @@ class Band {
     // The columns of a byte of each row, as far as `used` has bits for them.
     std::uint64_t Columns(std::size_t byte, std::uint64_t used) const noexcept {
         std::uint64_t bits = 0;
-#pragma GCC unroll 8
+        UNROLL(8)
         for (const std::uint8_t* const row : rows_) {
             bits = bits << 8 | row[byte];
         }
@@ -115,7 +115,7 @@ bool MonoRasterOf(std::span<const std::uint8_t> file, bool takesWhiteAndBlack,
         std::size_t at = i;
         for (std::size_t byte = 0; byte < used; ++byte) {
             const std::uint64_t bits = band.Columns(byte, byte + 1 < used ? kAllUsed : usedOfLast);
-#pragma GCC unroll 8
+            UNROLL(8)
             for (int shift = 56; shift >= 0; shift -= 8, at += y) {
                 columns[at] = static_cast<std::uint8_t>(bits >> shift & 0xFF);
             }
@@ -134,7 +134,7 @@ constexpr std::size_t kLanes = 16;
 template <std::size_t kBytes>
 void PutPlanes(const std::uint8_t* levels, std::uint8_t* to, std::size_t planeBytes) noexcept {
     __m128i dark = TurnEights(_mm_xor_si128(LoadLanes(levels), _mm_set1_epi8(-1)));
-#pragma GCC unroll 4
+    UNROLL(4)
     for (std::size_t plane = 0; plane < kPlanes; ++plane) {
         const std::uint32_t bits = HighBits(dark);
         std::memcpy(to + plane * planeBytes, &bits, kBytes);

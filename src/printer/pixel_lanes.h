@@ -5,6 +5,15 @@
 
 #include <cstdint>
 
+// Before a loop: its body is to stand there so many times. Compilers that have no such wish decide
+// themselves.
+#if defined(__GNUC__)
+#define UNROLL_PRAGMA(text) _Pragma(#text)
+#define UNROLL(times) UNROLL_PRAGMA(GCC unroll times)
+#else
+#define UNROLL(times)
+#endif
+
 inline __m128i LoadLanes(const void* from) noexcept {
     return _mm_loadu_si128(static_cast<const __m128i*>(from));
 }

@@ -8,6 +8,8 @@
 
 std::int32_t gDebugLevel = 1;
 
+// Formats as printf has them.
+// NOLINTNEXTLINE(cert-dcl50-cpp)
 bool DebugTrace(const Char16* format, ...) noexcept {
     if (format == nullptr) {
         return false;
