@@ -41,8 +41,8 @@ class LeakWatch {
     explicit LeakWatch(std::size_t kept_blocks = 0) : kept_blocks_(kept_blocks) {}
 
     void Count();
-    // What has grown, as lines; empty when nothing has. One more of anything is none too many, and of blocks
-    // of memory one for every third use.
+    // What has grown, as lines; empty when nothing has. One more of something may be the system's own, and so
+    // may fewer blocks of memory than one for every third use.
     std::string Growth() const;
     // Every count, for a report.
     std::string Report() const;
