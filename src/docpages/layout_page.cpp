@@ -38,9 +38,6 @@ constexpr wchar_t kViewerProgram[] = L"VELDDriverlog\\VELDDriverlogViewer.exe";
 // "C:\".
 constexpr std::size_t kDriveRootLength = 3;
 
-// The languages to choose from, as last read from their list.
-std::vector<LanguageEntry> gLanguages;
-
 LRESULT CALLBACK LayoutHelpProc(HWND control, UINT message, WPARAM wParam, LPARAM lParam) {
     return HandleHelp(LayoutPageHelp(), control, message, wParam, lParam);
 }
@@ -81,14 +78,14 @@ void EnableLog(HWND dialog, bool enabled) {
     }
 }
 
-void ListLanguages(HWND dialog) {
+void ListLanguages(HWND dialog, const std::vector<LanguageEntry>& languages) {
     const HWND list = GetDlgItem(dialog, IDC_MAIN_LANGUAGE);
     SendMessageW(list, CB_RESETCONTENT, 0, 0);
-    for (const LanguageEntry& language : gLanguages) {
+    for (const LanguageEntry& language : languages) {
         AddItem(dialog, IDC_MAIN_LANGUAGE, language.name.c_str());
     }
     AddItem(dialog, IDC_MAIN_LANGUAGE, gSystemLanguageName);
-    const auto current = CurrentLanguage(gLanguages, gCurrentLanguageFile);
+    const auto current = CurrentLanguage(languages, gCurrentLanguageFile);
     if (!current) {
         return;
     }
@@ -100,7 +97,7 @@ void ListLanguages(HWND dialog) {
     }
     if (FollowsSystem(isFirstRun)) {
         SendMessageW(list, CB_SELECTSTRING, static_cast<WPARAM>(-1),
-                     reinterpret_cast<LPARAM>(gLanguages[*current].systemLabel.c_str()));
+                     reinterpret_cast<LPARAM>(languages[*current].systemLabel.c_str()));
     } else {
         SendMessageW(list, CB_SETCURSEL, *current, 0);
     }
@@ -131,7 +128,7 @@ void ShowRecord(HWND dialog, DocumentSheetContext& context, OEMDEV& record) {
 }
 
 void PageOpened(HWND dialog, DocumentSheetContext& context) {
-    gLanguages = UpdateLanguages();
+    context.languages = UpdateLanguages();
     TRACE_VERBOSE(L"UI:  Initialize Layout page callback function\r\n");
     const POEMCUIPPARAM parameter = context.pOEMCUIPParam;
     CopyText(gPrinterName,
@@ -141,7 +138,7 @@ void PageOpened(HWND dialog, DocumentSheetContext& context) {
          {IDC_MAIN_AS_IMAGE_YES, IDC_MAIN_AS_IMAGE_NO, IDC_MAIN_NORMAL, IDC_MAIN_ROTATE_180}) {
         SetClickedByUserOnly(dialog, radio);
     }
-    ListLanguages(dialog);
+    ListLanguages(dialog, context.languages);
     if (OEMDEV* const record = context.Record(); record != nullptr) {
         ShowRecord(dialog, context, *record);
     }
@@ -317,11 +314,11 @@ INT_PTR ControlUsed(HWND dialog, DocumentSheetContext& context, OEMDEV& record, 
 }
 
 // Without a selection, or one that is no language's, the choice stays as it is.
-void TakeLanguage(HWND dialog) {
+void TakeLanguage(HWND dialog, const std::vector<LanguageEntry>& languages) {
     if (SelectedItem(dialog, IDC_MAIN_LANGUAGE, -1) < 0) {
         return;
     }
-    const auto choice = ChooseLanguage(gLanguages, SelectedText(dialog, IDC_MAIN_LANGUAGE));
+    const auto choice = ChooseLanguage(languages, SelectedText(dialog, IDC_MAIN_LANGUAGE));
     if (!choice) {
         return;
     }
@@ -347,7 +344,7 @@ void PageApplied(HWND dialog, DocumentSheetContext& context) {
     ReportApplied(context.pfnComPropSheet, context.hComPropSheet, context.PageHandle(DocumentPage::kMain),
                   dialog);
     TRACE_VERBOSE(L"UI:  Layout page callback PSN_APPLY Language set in\r\n");
-    TakeLanguage(dialog);
+    TakeLanguage(dialog, context.languages);
     RelabelSheets(dialog);
     SendMessageW(dialog, WM_PAINT, 0, 0);
     TRACE_VERBOSE(L"UI:  Layout page callback PSN_APPLY Language set out\r\n");

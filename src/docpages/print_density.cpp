@@ -2,13 +2,13 @@
 
 #include <cstddef>
 #include <map>
-#include <set>
 #include <string>
 #include <string_view>
 
 #include "base/platform.h"
 #include "docpages/option_items.h"
 #include "docpages/print_density_texts.h"
+#include "language/kept_texts.h"
 
 namespace {
 
@@ -17,27 +17,11 @@ constexpr BYTE kOptionLevel = 2;
 // What the driver's density values read, in the languages that its own texts and ours come in.
 constexpr std::wstring_view kDensityWords[] = {L"Density", L"浓度", L"濃度"};
 
-// Texts of our own that the host's items point at. They stay until the module goes, since the host may look
-// at its items after the sheet has closed; each text exists once, so there are as many as languages and
-// values.
-std::set<std::wstring, std::less<>> gOwnTexts;
-
+// A text that the host's items may point at. It stays, since the host may look at its items after the sheet
+// has closed.
 wchar_t* OwnText(std::wstring_view text) {
-    auto found = gOwnTexts.find(text);
-    if (found == gOwnTexts.end()) {
-        found = gOwnTexts.emplace(text).first;
-    }
     // The host's structures take a writable pointer; it reads texts that it did not allocate.
-    return const_cast<wchar_t*>(found->c_str());
-}
-
-bool IsOwnText(const wchar_t* text) noexcept {
-    for (const std::wstring& own : gOwnTexts) {
-        if (own.c_str() == text) {
-            return true;
-        }
-    }
-    return false;
+    return const_cast<wchar_t*>(KeepText(text));
 }
 
 bool IsPrintDensity(const OPTITEM& item) {
@@ -74,7 +58,7 @@ bool IsWritable(const wchar_t* text, std::size_t length) noexcept {
 // Writes into the host's buffer where the text fits, else points the value at our own.
 void SetOptionText(std::map<const OPTPARAM*, HostText>& known, OPTPARAM& option, const std::wstring& text) {
     auto host = known.find(&option);
-    if (IsOptionText(option.pData) && !IsOwnText(option.pData) &&
+    if (IsOptionText(option.pData) && !IsKeptText(option.pData) &&
         (host == known.end() || host->second.text != option.pData)) {
         host = known.insert_or_assign(&option, HostText{option.pData, std::wstring_view(option.pData).size()})
                    .first;

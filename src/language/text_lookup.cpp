@@ -6,6 +6,7 @@
 #include <optional>
 #include <utility>
 
+#include "intrface/win/lock.h"
 #include "language/language_file.h"
 #include "language/language_reader.h"
 #include "language/language_setup.h"
@@ -86,11 +87,14 @@ class LanguageTexts {
     std::uint32_t generation_ = 0;
 };
 
+// Of the texts, and of the names of their file.
+Lock gLock;
 LanguageTexts gTexts;
 
 }  // namespace
 
 bool RefreshLanguageFile() noexcept {
+    const LockScope scope(gLock);
     wchar_t name[kLanguageValueLength];
     ReadLanguageValue(OpenLanguageKey(), kLanguageValue, name);
     CopyText(gCurrentLanguageFile, UsableLanguageName(name));
@@ -99,11 +103,13 @@ bool RefreshLanguageFile() noexcept {
 }
 
 std::uint32_t LanguageGeneration() noexcept {
+    const LockScope scope(gLock);
     return gTexts.Generation();
 }
 
 std::size_t LoadText(const wchar_t* section, const wchar_t* key, const wchar_t* englishDefault,
                      wchar_t* buffer, std::size_t length) noexcept {
+    const LockScope scope(gLock);
     const auto text = gTexts.Find(section, key);
     return CopyText(buffer, length, text ? *text : StringView16(englishDefault));
 }

@@ -1,4 +1,5 @@
-// The texts of the current language, from one read of its file. Look-ups touch neither disk nor registry.
+// The texts of the current language, from one read of its file. Look-ups touch neither disk nor registry. For
+// any thread.
 #pragma once
 
 #include <cstddef>

@@ -1,29 +1,46 @@
 #include "language/text_table.h"
 
 #include <algorithm>
+#include <memory>
+#include <vector>
 
+#include "language/kept_texts.h"
 #include "language/text_lookup.h"
 
+// Made once: others may be reading them.
+TextTable::Row* TextTable::Rows() {
+    if (Row* const rows = rows_.load()) {
+        return rows;
+    }
+    auto made = std::make_unique<Row[]>(entries_.size());
+    Row* others = nullptr;
+    return rows_.compare_exchange_strong(others, made.get()) ? made.release() : others;
+}
+
 void TextTable::Load() {
-    std::vector<std::wstring> texts;
+    // What changes meanwhile is taken the next time.
+    const std::uint32_t generation = LanguageGeneration();
+    std::vector<const wchar_t*> texts;
     texts.reserve(entries_.size());
     for (const TextEntry& entry : entries_) {
         wchar_t text[kMessageText];
         LoadText(section_, entry.key, entry.english, text, std::min(entry.length, kMessageText));
-        texts.emplace_back(text);
+        texts.push_back(KeepText(text));
     }
-    texts_.swap(texts);
-    generation_ = LanguageGeneration();
+    std::ranges::copy(texts, Rows());
+    generation_ = generation;
 }
 
 void TextTable::LoadIfChanged() {
-    if (texts_.empty() || generation_ != LanguageGeneration()) {
+    if (rows_.load() == nullptr || generation_ != LanguageGeneration()) {
         Load();
     }
 }
 
 const wchar_t* TextTable::operator[](std::size_t row) const noexcept {
-    return row < texts_.size() ? texts_[row].c_str() : entries_[row].english;
+    const Row* const rows = rows_.load();
+    const wchar_t* const text = rows != nullptr ? rows[row].load() : nullptr;
+    return text != nullptr ? text : entries_[row].english;
 }
 
 void TextTable::ApplyTo(HWND dialog) const {

@@ -3,18 +3,22 @@
 
 #include <windows.h>
 
+#include <atomic>
+#include <cstdint>
 #include <span>
-#include <string>
-#include <vector>
 
 #include "language/text_entry.h"
 
-// One instance a table and process, on the UI thread: two sheets open at once show the same language.
+// One instance a table and process: two sheets open at once show the same language, whichever threads they
+// are on.
 class TextTable {
   public:
     // `section` and `entries` must live as long as the table.
     constexpr TextTable(const wchar_t* section, std::span<const TextEntry> entries) noexcept
         : section_(section), entries_(entries) {}
+    TextTable(const TextTable&) = delete;
+    TextTable& operator=(const TextTable&) = delete;
+    ~TextTable() { delete[] rows_.load(); }
 
     // Takes every text from the language file as last refreshed. May throw bad_alloc; the texts are then as
     // before.
@@ -23,7 +27,7 @@ class TextTable {
     // Load, unless the texts are already those of the language file as last refreshed.
     void LoadIfChanged();
 
-    // The text of a row; the English one before the first Load. Valid until the next Load.
+    // The text of a row; the English one before the first Load. Stays until the module goes.
     const wchar_t* operator[](std::size_t row) const noexcept;
 
     // Labels the dialog's controls, touching only those whose text differs.
@@ -37,10 +41,15 @@ class TextTable {
     const wchar_t* Section() const noexcept { return section_; }
 
   private:
+    using Row = std::atomic<const wchar_t*>;
+
+    Row* Rows();
+
     const wchar_t* section_;
     std::span<const TextEntry> entries_;
-    std::vector<std::wstring> texts_;
-    std::uint32_t generation_ = 0;
+    // As many as entries, once the first Load has made them.
+    std::atomic<Row*> rows_ = nullptr;
+    std::atomic<std::uint32_t> generation_ = 0;
 };
 
 // What every page does when it is painted: takes the texts of the language as it is now, and labels the

@@ -21,7 +21,7 @@
 #include "faults/fault_scenarios.h"
 #include "pages/page_fixture.h"
 #include "pages/printer_fixture.h"
-#include "rig/gdi_objects.h"
+#include "rig/process_objects.h"
 #include "rig/test_desktop.h"
 
 namespace {
@@ -116,7 +116,7 @@ void ReportOnce() {
 struct Remains {
     std::map<std::string, int> left;
     int gdi_objects = 0;
-    std::ptrdiff_t handles = 0;
+    int handles = 0;
 };
 
 struct Outcome {
@@ -191,7 +191,7 @@ class FaultTest : public pages::PageTest, public testing::WithParamInterface<Sce
         std::filesystem::remove(ControlFontFile(), error);
         Outcome outcome;
         const int gdi_objects = rig::CountGdiObjects();
-        const std::uintptr_t next_handle = pages::NextFreeHandle();
+        const int handles = rig::CountHandles();
         {
             VirtualPrinter printer;
             FaultCalls calls(printer, plan);
@@ -210,7 +210,7 @@ class FaultTest : public pages::PageTest, public testing::WithParamInterface<Sce
             outcome.stray_frees = calls.stray_frees();
         }
         outcome.remains.gdi_objects = rig::CountGdiObjects() - gdi_objects;
-        outcome.remains.handles = static_cast<std::ptrdiff_t>(pages::NextFreeHandle() - next_handle);
+        outcome.remains.handles = rig::CountHandles() - handles;
         return outcome;
     }
 

@@ -16,6 +16,7 @@
 #include "open_file_hook.h"
 #include "printer_fixture.h"
 #include "real_input.h"
+#include "rig/process_objects.h"
 #include "water_mark_frame.h"
 
 namespace pages {
@@ -1547,18 +1548,18 @@ TEST_F(LogoGroupTest, GivesBackWhatItTakes) {
     use(30);
     const long blocks = blocks_;
     const std::size_t live = live_.size();
-    const std::uintptr_t next = NextFreeHandle();
+    const int handles = rig::CountHandles();
     use(990);
     EXPECT_EQ(blocks_, blocks);
     EXPECT_EQ(live_.size(), live);
-    EXPECT_EQ(NextFreeHandle(), next);
+    EXPECT_EQ(rig::CountHandles(), handles);
     const long with_rows = blocks_;
     for (int i = 0; i < 20; ++i) {
         AddFile(page, L"x.bmp", MixedFile(24, 20, 24));
         Press(page, kDelete);
     }
     EXPECT_LE(blocks_, with_rows + 2);
-    EXPECT_EQ(NextFreeHandle(), next);
+    EXPECT_EQ(rig::CountHandles(), handles);
 }
 
 TEST_F(LogoGroupTest, APageGivesBackEverything) {
@@ -1569,12 +1570,12 @@ TEST_F(LogoGroupTest, APageGivesBackEverything) {
     };
     use();
     const long blocks = blocks_;
-    const std::uintptr_t next = NextFreeHandle();
+    const int handles = rig::CountHandles();
     for (int i = 0; i < 5; ++i) {
         use();
     }
     EXPECT_EQ(blocks_, blocks);
-    EXPECT_EQ(NextFreeHandle(), next);
+    EXPECT_EQ(rig::CountHandles(), handles);
     EXPECT_THAT(live_, IsEmpty());
 }
 

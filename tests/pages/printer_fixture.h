@@ -34,14 +34,6 @@ inline Window SelectPage(const Sheet& sheet, PrinterTab tab) {
     return sheet.SelectPage(sheet.TabCount() - kPrinterTabCount + tab);
 }
 
-// The system's next free handle: it moves by 4 with each one that stays open. The count of a process's
-// handles is not kept everywhere.
-inline std::uintptr_t NextFreeHandle() {
-    const HANDLE next = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    CloseHandle(next);
-    return reinterpret_cast<std::uintptr_t>(next);
-}
-
 struct ShownBox {
     HWND owner;
     std::wstring title;

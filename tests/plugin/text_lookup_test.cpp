@@ -6,15 +6,21 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <thread>
+#include <vector>
 
 #include "intrface/win/handles.h"
 #include "intrface/win/module.h"
+#include "language/kept_texts.h"
 #include "language/language_file.h"
 #include "language/language_setup.h"
+#include "language/text_table.h"
 #include "rig/environment.h"
 
 namespace {
@@ -325,6 +331,108 @@ TEST_F(TextLookup, AgreesWithTheProfileFunctions) {
         }
     }
     EXPECT_GT(found, 100) << "the files must hold something to agree on";
+}
+
+constexpr TextEntry kRows[] = {{kNoControl, L"RC_SCALE", L"default", 128},
+                               {kNoControl, L"RC_OTHER", L"other", 128}};
+
+// Takes the place of memory that was given back.
+void FillFreedMemory() {
+    std::vector<std::wstring> filling;
+    for (std::size_t length = 8; length < 64; ++length) {
+        filling.insert(filling.end(), 50, std::wstring(length, L'X'));
+    }
+}
+
+// A sheet on another thread, or the host behind an option's text, may still be showing it.
+TEST_F(TextLookup, ATextStaysWhenTheLanguageChanges) {
+    const std::wstring first = L"Scale of the page, in per cent";
+    const std::wstring second = L"Another text of the same key, and a longer one";
+    TextTable table(L"LAYOUT", kRows);
+    EXPECT_STREQ(table[0], L"default");
+    Write(first);
+    RefreshLanguageFile();
+    table.LoadIfChanged();
+    const wchar_t* const shown = table[0];
+    EXPECT_EQ(shown, first);
+    EXPECT_STREQ(table[1], L"other");
+    Write(second);
+    RefreshLanguageFile();
+    EXPECT_EQ(table[0], first) << "nothing changes before the load";
+    table.LoadIfChanged();
+    FillFreedMemory();
+    EXPECT_EQ(table[0], second);
+    EXPECT_EQ(shown, first);
+    // There is one of each, however often the language changes.
+    Write(first);
+    RefreshLanguageFile();
+    table.LoadIfChanged();
+    EXPECT_EQ(table[0], shown);
+    EXPECT_EQ(KeepText(first), shown);
+    EXPECT_TRUE(IsKeptText(shown));
+    EXPECT_FALSE(IsKeptText(first.c_str()));
+}
+
+// A letter a hundred times, and a number: each is a text of its own.
+std::wstring NumberedText(std::size_t number) {
+    return std::wstring(100, static_cast<wchar_t>(L'a' + number % 26)) + std::to_wstring(number);
+}
+
+bool IsNumberedText(const std::wstring& text) {
+    return text.size() > 100 && text == NumberedText(std::wcstoul(text.c_str() + 100, nullptr, 10));
+}
+
+// Two printers' sheets, each on a thread of its own: one takes up another language while the other is
+// labelled.
+TEST_F(TextLookup, ThreadsSeeOneLanguageOrTheOther) {
+    Write(NumberedText(0));
+    RefreshLanguageFile();
+    TextTable table(L"LAYOUT", kRows);
+    std::atomic<bool> ends = false;
+    std::atomic<int> seen = 0;
+    std::atomic<int> broken = 0;
+    const auto show = [&] {
+        while (!ends) {
+            table.LoadIfChanged();
+            const std::wstring shown = table[0];
+            broken += IsNumberedText(shown) && IsNumberedText(Caption()) ? 0 : 1;
+            ++seen;
+        }
+    };
+    std::array<std::thread, 2> sheets = {std::thread(show), std::thread(show)};
+    for (std::size_t i = 1; i <= 200 || seen < 200; ++i) {
+        // In one call, so that no sheet finds half a file.
+        const auto next = Path(L"next.res");
+        Write(NumberedText(i), next.filename().c_str());
+        MoveFileExW(next.c_str(), Path().c_str(), MOVEFILE_REPLACE_EXISTING);
+        RefreshLanguageFile();
+    }
+    ends = true;
+    for (std::thread& sheet : sheets) {
+        sheet.join();
+    }
+    EXPECT_EQ(broken, 0);
+}
+
+TEST(KeptTexts, ThreadsGetTheSameTexts) {
+    constexpr std::size_t kThreads = 4;
+    constexpr std::size_t kTexts = 20000;
+    std::array<std::vector<const wchar_t*>, kThreads> kept;
+    std::vector<std::thread> threads;
+    for (std::vector<const wchar_t*>& own : kept) {
+        threads.emplace_back([&own] {
+            for (std::size_t i = 0; i < kTexts; ++i) {
+                own.push_back(KeepText(NumberedText(i)));
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    for (const std::vector<const wchar_t*>& own : kept) {
+        EXPECT_TRUE(own == kept[0]);
+    }
+    EXPECT_EQ(kept[0][kTexts - 1], NumberedText(kTexts - 1));
 }
 
 }  // namespace

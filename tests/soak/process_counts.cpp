@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "rig/gdi_objects.h"
+#include "rig/process_objects.h"
 
 namespace soak {
 namespace {
@@ -58,17 +58,6 @@ void CountHeaps(ProcessCounts& counts) {
     }
 }
 
-// The next free handle does not tell: it lies below one that was made, and left, while others were open.
-int CountHandles() {
-    constexpr std::uintptr_t kEntries = 4096;
-    int count = 0;
-    for (std::uintptr_t entry = 1; entry <= kEntries; ++entry) {
-        DWORD flags = 0;
-        count += GetHandleInformation(reinterpret_cast<HANDLE>(4 * entry), &flags) ? 1 : 0;
-    }
-    return count;
-}
-
 DWORD NextFreeSlot() {
     const DWORD slot = TlsAlloc();
     TlsFree(slot);
@@ -81,7 +70,7 @@ ProcessCounts ProcessCounts::Now() {
     ProcessCounts counts;
     counts.user_objects = CountUserObjects();
     counts.gdi_objects = rig::CountGdiObjects();
-    counts.handles = CountHandles();
+    counts.handles = rig::CountHandles();
     counts.next_slot = NextFreeSlot();
     CountHeaps(counts);
     return counts;

@@ -4,6 +4,7 @@
 
 #include <commctrl.h>
 
+#include <atomic>
 #include <string>
 
 #include "intrface/win/module.h"
@@ -11,7 +12,8 @@
 
 namespace {
 
-HANDLE gContext = INVALID_HANDLE_VALUE;
+// Made by the thread that needs it first.
+std::atomic<HANDLE> gContext = INVALID_HANDLE_VALUE;
 
 constexpr int kPathAttempts = 10;
 
@@ -66,7 +68,11 @@ HANDLE CommonControlsContext() noexcept {
             description.dwFlags = ACTCTX_FLAG_RESOURCE_NAME_VALID;
             description.lpSource = path.c_str();
             description.lpResourceName = MAKEINTRESOURCEW(IDR_COMMON_CONTROLS_MANIFEST);
-            gContext = CreateActCtxW(&description);
+            const HANDLE made = CreateActCtxW(&description);
+            HANDLE others = INVALID_HANDLE_VALUE;
+            if (!gContext.compare_exchange_strong(others, made) && made != INVALID_HANDLE_VALUE) {
+                ReleaseActCtx(made);
+            }
         }
     } catch (...) {
         // Out of memory: the pages do without.

@@ -4,7 +4,7 @@
 #include <windows.h>
 
 // The process-wide activation context made from the plug-in's manifest; INVALID_HANDLE_VALUE where the system
-// refuses, and then the next call tries again. UI thread only.
+// refuses, and then the next call tries again. For any thread.
 HANDLE CommonControlsContext() noexcept;
 
 // Gives the context back; the next CommonControlsContext makes a new one.

@@ -6,9 +6,11 @@
 
 #include <cstddef>
 #include <map>
+#include <vector>
 
 #include "devmode/oemdev.h"
 #include "intrface/print_oem.h"
+#include "language/language_list.h"
 
 struct DeviceSheetContext {
     HANDLE hComPropSheet = INVALID_HANDLE_VALUE;
@@ -45,6 +47,9 @@ struct DocumentSheetContext {
 
     // The watermark was removed since the Main page was last in front: "No" is to show there.
     bool waterMarkRemoved = false;
+
+    // The languages to choose from, as read when the Main page opened.
+    std::vector<LanguageEntry> languages;
 
     // Known since the sheet was assembled.
     std::map<const OPTPARAM*, HostText> optionTexts;
