@@ -74,7 +74,7 @@ set(WIN32_SOURCES
   src/intrface/win/shell_functions.cpp
   src/intrface/win/subclass.cpp
   src/intrface/win/terminate.cpp
-  src/language/kept_texts.cpp
+  src/language/kept_text.cpp
   src/language/language_reader.cpp
   src/language/language_setup.cpp
   src/language/messages.cpp

@@ -8,7 +8,7 @@
 #include "base/platform.h"
 #include "docpages/option_items.h"
 #include "docpages/print_density_texts.h"
-#include "language/kept_texts.h"
+#include "language/kept_text.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "language/kept_texts.h"
+#include "language/kept_text.h"
 #include "language/text_lookup.h"
 
 // Made once: others may be reading them.

@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """Has clang read our Windows sources, for its warnings only.
 
-    second_compiler.py BUILD_FOLDER OUTPUT_FOLDER
+    second_compiler.py BUILD_FOLDER OUTPUT_FOLDER [FOLDER...]
 
-BUILD_FOLDER holds the compile_commands.json of the mingw-w64 build. Incremental: ninja has it read what has changed.
+BUILD_FOLDER holds the compile_commands.json of the mingw-w64 build. Of the project's folders those that are named are
+read, or all. Incremental: ninja has it read what has changed.
 """
 import json
 import pathlib
@@ -36,7 +37,7 @@ def kept(arguments):
     return result
 
 
-def main(build, output):
+def main(build, output, folders=OURS):
     project = pathlib.Path(__file__).resolve().parents[2]
     clang = ["clang++", "--target=x86_64-w64-windows-gnu", "-nostdinc++"]
     for folder in system_headers():
@@ -49,7 +50,7 @@ def main(build, output):
         if source.suffix != ".cpp" or not source.is_relative_to(project):
             continue
         name = source.relative_to(project).as_posix()
-        if not name.startswith(OURS):
+        if not name.startswith(tuple(folders)):
             continue
         target = f"{name}.checked"
         if target in objects:
@@ -65,4 +66,5 @@ def main(build, output):
 
 
 if __name__ == "__main__":
-    sys.exit(main(pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])))
+    sys.exit(main(pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]),
+                  [f"{folder.rstrip('/')}/" for folder in sys.argv[3:]] or OURS))

@@ -17,7 +17,7 @@
 
 #include "intrface/win/handles.h"
 #include "intrface/win/module.h"
-#include "language/kept_texts.h"
+#include "language/kept_text.h"
 #include "language/language_file.h"
 #include "language/language_setup.h"
 #include "language/text_table.h"

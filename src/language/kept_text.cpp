@@ -1,4 +1,4 @@
-#include "language/kept_texts.h"
+#include "language/kept_text.h"
 
 #include <algorithm>
 #include <functional>
