@@ -149,8 +149,10 @@ class RecordsTest : public HostileRecordsTest, public testing::WithParamInterfac
 };
 
 TEST_P(RecordsTest, AnyRecordThroughTheWholeSheet) {
+    // A record that fails is found again by its number.
+    const auto first = static_cast<unsigned>(soak::Times("KVMR72_FIRST_RECORD", 0));
     const auto count = static_cast<unsigned>(soak::Times("KVMR72_RECORDS", 16));
-    for (unsigned number = GetParam(); number < count && !HasFailure(); number += kHalves) {
+    for (unsigned number = first + GetParam(); number < count && !HasFailure(); number += kHalves) {
         Survive({Record(number)}, "record number " + std::to_string(number));
         if (number % 500 < kHalves) {
             std::printf("%u of %u\n", number, count);
