@@ -59,22 +59,7 @@ void PageTest::StopHost() {
 }
 
 SheetResult PageTest::OpenSheet(const std::function<void(UiDriver&, Sheet&)>& script, SheetKind kind) {
-    PluginHost& host = Host();
-    SheetResult result;
-    try {
-        RunDriven([&] { result = host.OpenSheet(kind); },
-                  [&](UiDriver& ui) {
-                      rig::JoinOwnDesktop();
-                      Sheet sheet = ui.WaitForSheet();
-                      script(ui, sheet);
-                      if (sheet.IsOpen()) {
-                          ui.CloseEverything();
-                      }
-                  });
-    } catch (const std::exception& error) {
-        ADD_FAILURE() << error.what();
-    }
-    return result;
+    return UseSheet(Host(), kind, script);
 }
 
 Bytes PageTest::Record() {
@@ -156,6 +141,24 @@ void Repaint(const Window& window) {
     RedrawWindow(window.handle(), nullptr, nullptr,
                  RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
     Settle(window);
+}
+
+SheetResult UseSheet(PluginHost& host, SheetKind kind, const std::function<void(UiDriver&, Sheet&)>& script) {
+    SheetResult result;
+    try {
+        RunDriven([&] { result = host.OpenSheet(kind); },
+                  [&](UiDriver& ui) {
+                      rig::JoinOwnDesktop();
+                      Sheet sheet = ui.WaitForSheet();
+                      script(ui, sheet);
+                      if (sheet.IsOpen()) {
+                          ui.CloseEverything();
+                      }
+                  });
+    } catch (const std::exception& error) {
+        ADD_FAILURE() << error.what();
+    }
+    return result;
 }
 
 void Settle(const Window& window) {

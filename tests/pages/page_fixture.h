@@ -89,6 +89,10 @@ std::string Differences(const Bytes& before, const Bytes& after);
 void Repaint(const Window& window);
 // Returns when the window's thread has dealt with what it was doing.
 void Settle(const Window& window);
+
+// Opens a host's sheet on this thread and works it from a second one. An error of the script fails the test.
+SheetResult UseSheet(PluginHost& host, SheetKind kind, const std::function<void(UiDriver&, Sheet&)>& script);
+
 // Presses a button that closes a dialog, and waits until `owner` has dealt with the dialog's result: the
 // window is gone before that.
 void CloseDialog(const Window& dialog, int button, const Window& owner);

@@ -70,7 +70,7 @@ class PageSoakTest : public PageTest {
         water_mark::PutText(record, water_mark::kFileAt, water_mark::kFileUnits, PictureFile(round));
         water_mark::PutText(record, water_mark::kTextAt, water_mark::kTextUnits, L"Paid");
         std::ranges::copy(record, host.record_bytes().begin());
-        soak::UseSheet(host, SheetKind::kDocument, [&](UiDriver&, Sheet& sheet) {
+        UseSheet(host, SheetKind::kDocument, [&](UiDriver&, Sheet& sheet) {
             for (int page = 0; page < kDocumentPageCount; ++page) {
                 Repaint(soak::PluginPage(sheet, page));
             }
@@ -83,7 +83,7 @@ class PageSoakTest : public PageTest {
     }
 
     static void UsePrinterSheet(PluginHost& host, int round) {
-        soak::UseSheet(host, SheetKind::kPrinter, [&](UiDriver& ui, Sheet& sheet) {
+        UseSheet(host, SheetKind::kPrinter, [&](UiDriver& ui, Sheet& sheet) {
             for (int page = 0; page < kPrinterTabCount; ++page) {
                 Repaint(soak::PluginPage(sheet, page));
             }

@@ -1,17 +1,14 @@
-// Sheets of hosts that a test makes itself, one or more at a time.
+// Pages of a sheet without looking for their controls.
 #pragma once
 
-#include <functional>
-
-#include "plugin_host.h"
+#include "plugin_pages.h"
 #include "ui_driver.h"
 
 namespace soak {
 
-// Opens a sheet on this thread and works it from a second one. An error of the script fails the test.
-SheetResult UseSheet(PluginHost& host, SheetKind kind, const std::function<void(UiDriver&, Sheet&)>& script);
-
-// Without looking for the page's controls: an index behind the host's tabs.
-Window PluginPage(const Sheet& sheet, int index);
+// The plug-in's page of an index, behind the host's tabs.
+inline Window PluginPage(const Sheet& sheet, int index) {
+    return sheet.SelectPage(kHostTabCount + index);
+}
 
 }  // namespace soak

@@ -99,14 +99,14 @@ class TwoHostsTest : public PageTest {
             HostSettings settings;
             settings.printer = printer.handle();
             PluginHost host(rig::PluginPath(), std::move(settings));
-            soak::UseSheet(host, SheetKind::kDocument, [&](UiDriver&, Sheet& sheet) {
+            UseSheet(host, SheetKind::kDocument, [&](UiDriver&, Sheet& sheet) {
                 const Window page = soak::PluginPage(sheet, 0);
                 page.SelectCombo(IDC_MAIN_LANGUAGE, (round + (IsSecond() ? 1 : 0)) % 3);
                 sheet.PressApply();
                 Repaint(page);
                 sheet.PressOk();
             });
-            soak::UseSheet(host, SheetKind::kPrinter, [&](UiDriver& ui, Sheet& sheet) {
+            UseSheet(host, SheetKind::kPrinter, [&](UiDriver& ui, Sheet& sheet) {
                 const Window page = soak::PluginPage(sheet, 0);
                 const Window table = OpenControlFont(ui, page);
                 for (const wchar_t character : kCharacters) {

@@ -59,7 +59,7 @@ class TwoPrintersTest : public PageTest {
         std::ranges::copy(expected, host.record_bytes().begin());
         block.cut = user.cut;
         block.feed = static_cast<std::uint8_t>(user.first_feed + round % 30);
-        soak::UseSheet(host, SheetKind::kDocument, [&](UiDriver&, Sheet& sheet) {
+        UseSheet(host, SheetKind::kDocument, [&](UiDriver&, Sheet& sheet) {
             std::wstring face;
             for (int index = 0; index < kDocumentPageCount; ++index) {
                 const Window page = soak::PluginPage(sheet, index);
@@ -86,7 +86,7 @@ class TwoPrintersTest : public PageTest {
     }
 
     void LookAtThePrinter(PluginHost& host, const std::string& what) {
-        soak::UseSheet(host, SheetKind::kPrinter, [&](UiDriver&, Sheet& sheet) {
+        UseSheet(host, SheetKind::kPrinter, [&](UiDriver&, Sheet& sheet) {
             Require(sheet.TabCount() == kHostTabCount + kPrinterPageCount, what + ": pages are missing");
             for (int index = 0; index < kPrinterPageCount; ++index) {
                 Repaint(soak::PluginPage(sheet, index));
