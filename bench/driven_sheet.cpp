@@ -2,58 +2,29 @@
 
 #include <windows.h>
 
-#include <winternl.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "measure.h"
 #include "plugin_pages.h"
+#include "rig/process_objects.h"
 
 namespace {
 
 constexpr int kOpenings = 200;
 
 struct Objects {
-    DWORD gdi;
-    std::uintptr_t nextHandle;  // the lowest free one: it grows with every handle left open
+    int gdi;
+    int handles;
 };
 
-// The table of all GDI objects that the process environment block points at; Wine counts nowhere else.
-DWORD CountGdiObjects() {
-    struct Entry {
-        void* object;
-        std::uint32_t owner;
-        std::uint16_t unique;
-        std::uint8_t type;
-        std::uint8_t flags;
-        void* user;
-    };
-    constexpr std::size_t kTableOffset = 0xF8;
-    constexpr std::size_t kTableEntries = 16384;
-    PROCESS_BASIC_INFORMATION process = {};
-    NtQueryInformationProcess(GetCurrentProcess(), ProcessBasicInformation, &process, sizeof process,
-                              nullptr);
-    const auto* const environment = reinterpret_cast<const std::byte*>(process.PebBaseAddress);
-    const Entry* table = nullptr;
-    std::memcpy(&table, environment + kTableOffset, sizeof table);
-    return static_cast<DWORD>(
-        std::count_if(table, table + kTableEntries, [](const Entry& entry) { return entry.type != 0; }));
-}
-
 Objects ObjectsNow() {
-    Objects now = {};
-    now.gdi = CountGdiObjects();
-    const HANDLE next = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    now.nextHandle = reinterpret_cast<std::uintptr_t>(next);
-    CloseHandle(next);
-    return now;
+    return {rig::CountGdiObjects(), rig::CountHandles()};
 }
 
 }  // namespace
@@ -115,8 +86,6 @@ void CountObjects(PluginHost& host, SheetKind kind, const char* name) {
         open();
     }
     const Objects after = ObjectsNow();
-    std::printf(
-        "after %d openings of the %s with all pages: GDI objects %lu -> %lu, next free handle %zx -> %zx\n",
-        kOpenings, name, before.gdi, after.gdi, static_cast<std::size_t>(before.nextHandle),
-        static_cast<std::size_t>(after.nextHandle));
+    std::printf("after %d openings of the %s with all pages: GDI objects %d -> %d, handles %d -> %d\n",
+                kOpenings, name, before.gdi, after.gdi, before.handles, after.handles);
 }
