@@ -8,9 +8,11 @@
 #include <condition_variable>
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <type_traits>
 
 #include "screenshot.h"
 #include "utf8.h"
@@ -109,6 +111,22 @@ void JoinDesktopOf(DWORD thread) {
 
 std::string IdText(int id) {
     return "control " + std::to_string(id);
+}
+
+UINT PressMessage() {
+    static const UINT message = RegisterWindowMessageW(L"KVMR72 press and release");
+    return message;
+}
+
+// Presses and releases the left button in one go of the window's own thread. Held for half a second, an arrow
+// repeats, and between two messages from another thread a busy machine may take that long.
+LRESULT CALLBACK PressAndRelease(int code, WPARAM wparam, LPARAM lparam) {
+    const auto& sent = *reinterpret_cast<const CWPSTRUCT*>(lparam);
+    if (code == HC_ACTION && sent.message == PressMessage()) {
+        SendMessageW(sent.hwnd, WM_LBUTTONDOWN, MK_LBUTTON, sent.lParam);
+        SendMessageW(sent.hwnd, WM_LBUTTONUP, 0, sent.lParam);
+    }
+    return CallNextHookEx(nullptr, code, wparam, lparam);
 }
 
 }  // namespace
@@ -305,9 +323,15 @@ void Window::Spin(int id, int times, bool up) const {
     // Up is the upper arrow of a vertical control and the right one of a horizontal control.
     const LONG x = is_horizontal ? (up ? area.right * 3 / 4 : area.right / 4) : area.right / 2;
     const LONG y = is_horizontal ? area.bottom / 2 : (up ? area.bottom / 4 : area.bottom * 3 / 4);
+    const std::unique_ptr<std::remove_pointer_t<HHOOK>, BOOL(WINAPI*)(HHOOK)> hook(
+        SetWindowsHookExW(WH_CALLWNDPROC, &PressAndRelease, nullptr,
+                          GetWindowThreadProcessId(control, nullptr)),
+        &UnhookWindowsHookEx);
+    if (hook == nullptr) {
+        throw UiError("no hook for " + IdText(id) + " (error " + std::to_string(GetLastError()) + ")");
+    }
     for (int i = 0; i < times; ++i) {
-        SendTo(control, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(x, y));
-        SendTo(control, WM_LBUTTONUP, 0, MAKELPARAM(x, y));
+        SendTo(control, PressMessage(), 0, MAKELPARAM(x, y));
     }
 }
 

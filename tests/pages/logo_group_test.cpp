@@ -1084,7 +1084,9 @@ TEST_F(LogoGroupTest, TheMouseDragsASlider) {
         EXPECT_THAT(written_, IsEmpty());
         PressLeftButton(false);
         ui.WaitUntil([&] { return sheet.IsApplyEnabled(); }, "the sheet to be told");
-        RedrawWindow(page.handle(), nullptr, nullptr, RDW_UPDATENOW | RDW_NOCHILDREN);
+        Settle(page);
+        // Asking for it could paint once more than the page wants.
+        ui.WaitUntil([&] { return !GetUpdateRect(page.handle(), nullptr, FALSE); }, "the page to be painted");
         Settle(page);
         EXPECT_EQ(page.Text(kContrastValue), std::to_wstring(page.SliderPosition(kContrast)));
         // However often the release is told.
