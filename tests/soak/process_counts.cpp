@@ -3,7 +3,10 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
+#include <functional>
+#include <span>
 #include <vector>
 
 #include "rig/process_objects.h"
@@ -27,10 +30,10 @@ bool IsOwnWindow(HWND window) {
 }
 
 // The low half of their handles counts through one table, and the system takes it alone.
-int CountUserObjects() {
+std::size_t CountUserObjects() {
     constexpr std::uintptr_t kFirst = 0x20;
     constexpr std::uintptr_t kEntries = 2048;
-    int count = 0;
+    std::size_t count = 0;
     for (std::uintptr_t entry = 0; entry < kEntries; ++entry) {
         const std::uintptr_t handle = kFirst + 2 * entry;
         count += IsOwnWindow(reinterpret_cast<HWND>(handle)) || IsMenu(reinterpret_cast<HMENU>(handle)) ||
@@ -58,6 +61,22 @@ void CountHeaps(ProcessCounts& counts) {
     }
 }
 
+struct NamedCount {
+    const char* name;
+    std::size_t ProcessCounts::*count;
+};
+
+constexpr NamedCount kCounts[] = {
+    {"GDI objects", &ProcessCounts::gdi_objects}, {"USER objects", &ProcessCounts::user_objects},
+    {"handles", &ProcessCounts::handles},         {"next thread slot", &ProcessCounts::next_slot},
+    {"blocks of memory", &ProcessCounts::blocks}, {"bytes of memory", &ProcessCounts::bytes},
+};
+constexpr char kTooFew[] = "too few uses to tell";
+
+std::string Change(const char* name, std::size_t before, std::size_t after) {
+    return std::string(name) + " " + std::to_string(before) + " -> " + std::to_string(after);
+}
+
 DWORD NextFreeSlot() {
     const DWORD slot = TlsAlloc();
     TlsFree(slot);
@@ -69,8 +88,8 @@ DWORD NextFreeSlot() {
 ProcessCounts ProcessCounts::Now() {
     ProcessCounts counts;
     counts.user_objects = CountUserObjects();
-    counts.gdi_objects = rig::CountGdiObjects();
-    counts.handles = rig::CountHandles();
+    counts.gdi_objects = static_cast<std::size_t>(rig::CountGdiObjects());
+    counts.handles = static_cast<std::size_t>(rig::CountHandles());
     counts.next_slot = NextFreeSlot();
     CountHeaps(counts);
     return counts;
@@ -80,71 +99,41 @@ void LeakWatch::Count() {
     counts_.push_back(ProcessCounts::Now());
 }
 
-// Of the first uses.
-ProcessCounts LeakWatch::Most() const {
-    ProcessCounts most;
-    for (std::size_t i = 0; i < kEdge; ++i) {
-        most.gdi_objects = std::max(most.gdi_objects, counts_[i].gdi_objects);
-        most.user_objects = std::max(most.user_objects, counts_[i].user_objects);
-        most.handles = std::max(most.handles, counts_[i].handles);
-        most.next_slot = std::max(most.next_slot, counts_[i].next_slot);
-        most.blocks = std::max(most.blocks, counts_[i].blocks);
-        most.bytes = std::max(most.bytes, counts_[i].bytes);
-    }
-    return most;
+std::size_t LeakWatch::Most(std::size_t ProcessCounts::*count) const {
+    return std::ranges::max(std::span(counts_).first(kEdge), {}, count).*count;
 }
 
-// Of the last ones.
-ProcessCounts LeakWatch::Least() const {
-    ProcessCounts least = counts_.back();
-    for (std::size_t i = counts_.size() - kEdge; i < counts_.size(); ++i) {
-        least.gdi_objects = std::min(least.gdi_objects, counts_[i].gdi_objects);
-        least.user_objects = std::min(least.user_objects, counts_[i].user_objects);
-        least.handles = std::min(least.handles, counts_[i].handles);
-        least.next_slot = std::min(least.next_slot, counts_[i].next_slot);
-        least.blocks = std::min(least.blocks, counts_[i].blocks);
-        least.bytes = std::min(least.bytes, counts_[i].bytes);
-    }
-    return least;
+std::size_t LeakWatch::Least(std::size_t ProcessCounts::*count) const {
+    return std::ranges::min(std::span(counts_).last(kEdge), {}, count).*count;
 }
 
 std::string LeakWatch::Growth() const {
-    if (counts_.size() < 2 * kEdge) {
-        return "too few uses to tell";
+    if (!HasEnough()) {
+        return kTooFew;
     }
-    std::string grown;
-    const ProcessCounts first = Most();
-    const ProcessCounts last = Least();
-    const auto compare = [&grown](const char* what, auto before, auto after) {
-        // The system makes one for itself now and then.
-        if (after > before + 1) {
-            grown +=
-                std::string(what) + ": " + std::to_string(before) + " -> " + std::to_string(after) + "\n";
-        }
-    };
-    compare("GDI objects", first.gdi_objects, last.gdi_objects);
-    compare("USER objects", first.user_objects, last.user_objects);
-    compare("handles", first.handles, last.handles);
-    compare("thread slots", first.next_slot, last.next_slot);
     const std::size_t uses = counts_.size() - kEdge;
-    compare("blocks of memory", first.blocks + kept_blocks_ * uses + uses / 3, last.blocks);
+    std::string grown;
+    for (const NamedCount& named : kCounts) {
+        const std::size_t before = Most(named.count);
+        const std::size_t after = Least(named.count);
+        const std::size_t blocks = named.count == &ProcessCounts::blocks ? kept_blocks_ * uses + uses / 3 : 0;
+        // The system makes one for itself now and then.
+        if (named.count != &ProcessCounts::bytes && after > before + blocks + 1) {
+            grown += Change(named.name, before, after) + "\n";
+        }
+    }
     return grown;
 }
 
 std::string LeakWatch::Report() const {
-    if (counts_.size() < 2 * kEdge) {
-        return "too few uses to tell";
+    if (!HasEnough()) {
+        return kTooFew;
     }
-    const ProcessCounts first = Most();
-    const ProcessCounts last = Least();
-    const auto change = [](auto before, auto after) {
-        return std::to_string(before) + " -> " + std::to_string(after);
-    };
-    return std::to_string(counts_.size()) + " uses: GDI " + change(first.gdi_objects, last.gdi_objects) +
-           ", USER " + change(first.user_objects, last.user_objects) + ", handles " +
-           change(first.handles, last.handles) + ", next slot " + change(first.next_slot, last.next_slot) +
-           ", heap blocks " + change(first.blocks, last.blocks) + ", heap bytes " +
-           change(first.bytes, last.bytes);
+    std::string report = std::to_string(counts_.size()) + " uses";
+    for (const NamedCount& named : kCounts) {
+        report += ", " + Change(named.name, Most(named.count), Least(named.count));
+    }
+    return report;
 }
 
 int Times(const char* variable, int usual) {

@@ -9,10 +9,7 @@
 //   EXPECT_EQ(watch.Growth(), "");
 #pragma once
 
-#include <windows.h>
-
 #include <cstddef>
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -20,12 +17,12 @@ namespace soak {
 
 struct ProcessCounts {
     // Pens, bitmaps, device contexts and the like.
-    int gdi_objects = 0;
+    std::size_t gdi_objects = 0;
     // Windows, menus, icons and cursors.
-    int user_objects = 0;
-    int handles = 0;
+    std::size_t user_objects = 0;
+    std::size_t handles = 0;
     // The number of the next thread-local slot: it moves on with each one that is not given back.
-    DWORD next_slot = 0;
+    std::size_t next_slot = 0;
     // Blocks in all heaps and their bytes.
     std::size_t blocks = 0;
     std::size_t bytes = 0;
@@ -50,8 +47,11 @@ class LeakWatch {
   private:
     static constexpr std::size_t kEdge = 4;
 
-    ProcessCounts Most() const;
-    ProcessCounts Least() const;
+    bool HasEnough() const { return counts_.size() >= 2 * kEdge; }
+    // Of the first uses.
+    std::size_t Most(std::size_t ProcessCounts::*count) const;
+    // Of the last ones.
+    std::size_t Least(std::size_t ProcessCounts::*count) const;
 
     std::size_t kept_blocks_;
     std::vector<ProcessCounts> counts_;
