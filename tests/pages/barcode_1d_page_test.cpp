@@ -1,6 +1,7 @@
 // The 1D Code page in the real sheet: what it shows of a record, what each of its controls stores, the height
 // that it tells, and what a test print sends. Alone: each call of its procedure.
 #include "barcode_fixture.h"
+#include "captions.h"
 
 namespace pages::barcode {
 namespace {
@@ -160,30 +161,6 @@ constexpr Place kMoved[] = {
     {1179, 33, 200},  {1025, 132, 197}, {1180, 33, 239},  {1026, 132, 236},
 };
 
-Texts CaptionsOf(const Window& page) {
-    Texts texts;
-    for (const Caption& caption : kCaptions) {
-        texts.push_back(page.Text(caption.control));
-    }
-    return texts;
-}
-
-Texts SourceCaptions(const wchar_t* file) {
-    Texts texts;
-    for (const Caption& caption : kCaptions) {
-        texts.push_back(SourceText(file, L"1DCODE", caption.key));
-    }
-    return texts;
-}
-
-Texts DefaultCaptions() {
-    Texts texts;
-    for (const Caption& caption : kCaptions) {
-        texts.emplace_back(caption.english);
-    }
-    return texts;
-}
-
 void ExpectFixedTexts(const Window& page) {
     EXPECT_EQ(page.ComboItems(kFont), kFontNames);
     EXPECT_EQ(page.ComboItems(kType), kTypeNames);
@@ -316,7 +293,7 @@ TEST_F(Barcode1DPageTest, ShowsItsTextsInEveryLanguage) {
         ChooseLanguage(file);
         OpenPage(RecordOfCases(), [&](UiDriver&, Sheet& sheet, const Window& page) {
             EXPECT_EQ(sheet.TabTitles().at(kTab1D), SourceText(file, L"1DCODE", L"RC_1DCODEFORM"));
-            EXPECT_EQ(CaptionsOf(page), SourceCaptions(file));
+            EXPECT_EQ(CaptionsOf(page, kCaptions), SourceCaptions(file, L"1DCODE", kCaptions));
             for (const ListCaption& list : ListCaptions()) {
                 Texts expected;
                 for (std::size_t i = 1; i <= list.english.size(); ++i) {
@@ -333,7 +310,7 @@ TEST_F(Barcode1DPageTest, ShowsEnglishWithoutAnyFile) {
     RemoveAllLanguageFiles();
     OpenPage(RecordOfCases(), [&](UiDriver&, Sheet& sheet, const Window& page) {
         EXPECT_EQ(sheet.TabTitles().at(kTab1D), L"1D Code");
-        EXPECT_EQ(CaptionsOf(page), DefaultCaptions());
+        EXPECT_EQ(CaptionsOf(page, kCaptions), DefaultCaptions(kCaptions));
         for (const ListCaption& list : ListCaptions()) {
             EXPECT_EQ(page.ComboItems(list.list), list.english);
         }
@@ -350,7 +327,7 @@ TEST_F(Barcode1DPageTest, FollowsTheLanguageWhileItIsOpen) {
             SCOPED_TRACE(testing::PrintToString(std::wstring(file)));
             ChooseLanguage(file);
             Repaint(page);
-            EXPECT_EQ(CaptionsOf(page), SourceCaptions(file));
+            EXPECT_EQ(CaptionsOf(page, kCaptions), SourceCaptions(file, L"1DCODE", kCaptions));
             EXPECT_EQ(page.Text(kHriPosition), SourceText(file, L"1DCODE", L"RC_STATIC_1DCODE_POSITION4"));
             EXPECT_EQ(page.Text(kGs1Hri), SourceText(file, L"1DCODE", L"RC_CMB_HRI4"));
             EXPECT_EQ(page.Text(kGs1Expanded), SourceText(file, L"1DCODE", L"RC_CMB_AI2"));
@@ -358,7 +335,7 @@ TEST_F(Barcode1DPageTest, FollowsTheLanguageWhileItIsOpen) {
             ExpectShown(page, kFontCases[3]);
             ExpectFixedTexts(page);
         }
-        EXPECT_EQ(CaptionsOf(page), DefaultCaptions());
+        EXPECT_EQ(CaptionsOf(page, kCaptions), DefaultCaptions(kCaptions));
         EXPECT_FALSE(sheet.IsApplyEnabled());
     });
     EXPECT_EQ(Differences(record, Record()), "");

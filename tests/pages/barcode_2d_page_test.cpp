@@ -1,6 +1,7 @@
 // The 2D Code page in the real sheet: what it shows of a record, what each of its controls stores, and what a
 // test print sends. Alone: each call of its procedure.
 #include "barcode_fixture.h"
+#include "captions.h"
 
 namespace pages::barcode {
 namespace {
@@ -192,30 +193,6 @@ Ids AllOf(const int (&ids)[N]) {
     return {std::begin(ids), std::end(ids)};
 }
 
-Texts CaptionsOf(const Window& page) {
-    Texts texts;
-    for (const Caption& caption : kCaptions) {
-        texts.push_back(page.Text(caption.control));
-    }
-    return texts;
-}
-
-Texts SourceCaptions(const wchar_t* file) {
-    Texts texts;
-    for (const Caption& caption : kCaptions) {
-        texts.push_back(SourceText(file, L"2DCODE", caption.key));
-    }
-    return texts;
-}
-
-Texts DefaultCaptions() {
-    Texts texts;
-    for (const Caption& caption : kCaptions) {
-        texts.emplace_back(caption.english);
-    }
-    return texts;
-}
-
 void ExpectFixedTexts(const Window& page) {
     for (const ListCaption& list : kFixedLists) {
         EXPECT_EQ(page.ComboItems(list.list), list.english);
@@ -357,7 +334,7 @@ TEST_F(Barcode2DPageTest, ShowsItsTextsInEveryLanguage) {
         ChooseLanguage(file);
         OpenPage(RecordOfCases(), [&](UiDriver&, Sheet& sheet, const Window& page) {
             EXPECT_EQ(sheet.TabTitles().at(kTab2D), SourceText(file, L"2DCODE", L"RC_2DCODEFORM"));
-            EXPECT_EQ(CaptionsOf(page), SourceCaptions(file));
+            EXPECT_EQ(CaptionsOf(page, kCaptions), SourceCaptions(file, L"2DCODE", kCaptions));
             for (const ListCaption& list : ListCaptions()) {
                 Texts expected;
                 for (std::size_t i = 1; i <= list.english.size(); ++i) {
@@ -374,7 +351,7 @@ TEST_F(Barcode2DPageTest, ShowsEnglishWithoutAnyFile) {
     RemoveAllLanguageFiles();
     OpenPage(RecordOfCases(), [&](UiDriver&, Sheet& sheet, const Window& page) {
         EXPECT_EQ(sheet.TabTitles().at(kTab2D), L"2D Code");
-        EXPECT_EQ(CaptionsOf(page), DefaultCaptions());
+        EXPECT_EQ(CaptionsOf(page, kCaptions), DefaultCaptions(kCaptions));
         for (const ListCaption& list : ListCaptions()) {
             EXPECT_EQ(page.ComboItems(list.list), list.english);
         }
@@ -390,7 +367,7 @@ TEST_F(Barcode2DPageTest, FollowsTheLanguageWhileItIsOpen) {
             SCOPED_TRACE(testing::PrintToString(std::wstring(file)));
             ChooseLanguage(file);
             Repaint(page);
-            EXPECT_EQ(CaptionsOf(page), SourceCaptions(file));
+            EXPECT_EQ(CaptionsOf(page, kCaptions), SourceCaptions(file, L"2DCODE", kCaptions));
             EXPECT_EQ(page.Text(kPdfEcc), SourceText(file, L"2DCODE", L"RC_STATIC_2DCODE_ERRORCOR8"));
             EXPECT_EQ(page.Text(kGs1Hri), SourceText(file, L"2DCODE", L"RC_IDC_CMB_HRI23"));
             EXPECT_EQ(page.Text(kGs1Expanded), SourceText(file, L"2DCODE", L"RC_IDC_CMB_AI22"));
@@ -398,7 +375,7 @@ TEST_F(Barcode2DPageTest, FollowsTheLanguageWhileItIsOpen) {
             ExpectShown(page, kFontCases[0]);
             ExpectFixedTexts(page);
         }
-        EXPECT_EQ(CaptionsOf(page), DefaultCaptions());
+        EXPECT_EQ(CaptionsOf(page, kCaptions), DefaultCaptions(kCaptions));
         EXPECT_FALSE(sheet.IsApplyEnabled());
     });
     EXPECT_EQ(Differences(record, Record()), "");

@@ -19,10 +19,10 @@
 #include <utility>
 
 #include "help_reader.h"
+#include "lone_dialog_page.h"
 #include "page_fixture.h"
 #include "real_input.h"
 #include "rig/import_hooks.h"
-#include "sheet_window.h"
 
 namespace pages::barcode {
 
@@ -478,75 +478,18 @@ class BarcodeTest : public PageTest {
     rig::ImportHooks hooks_;
 };
 
-// A page of its own: sheet, host parameters and record are this object's, so that two can be open at once.
-class LonePage {
+// A page with a record of its own too.
+class LonePage : public LoneDialogPage {
   public:
-    struct Call {
-        HANDLE sheet;
-        UINT function;
-        LPARAM first;
-        LPARAM second;
-        bool operator==(const Call&) const = default;
-    };
-
-    // With the page's description as the plug-in gave it to the host.
     LonePage(const Bytes& description, Bytes settings, HANDLE printer = kPrinter)
-        : record(std::move(settings)) {
-        sheet.Create();
-        std::memcpy(&page_, description.data(), std::min(description.size(), sizeof page_));
-        common_.cbSize = sizeof common_;
-        common_.hPrinter = printer;
+        : LoneDialogPage(description, printer), record(std::move(settings)) {
         parameters_.cbSize = sizeof parameters_;
         parameters_.pOEMDM = record.data();
         context_ = {
             this, INVALID_HANDLE_VALUE, &parameters_, &common_, reinterpret_cast<void*>(&Keep), nullptr, {}};
-        page_.lParam = reinterpret_cast<LPARAM>(&context_);
+        SetContext(&context_);
     }
-    LonePage(const LonePage&) = delete;
-    LonePage& operator=(const LonePage&) = delete;
     ~LonePage() { Unmake(); }
-
-    void Make() {
-        handle_ = CreateDialogParamW(page_.hInstance, page_.pszTemplate, sheet.handle, page_.pfnDlgProc,
-                                     reinterpret_cast<LPARAM>(&page_));
-        EXPECT_NE(handle_, nullptr);
-        ShowWindow(handle_, SW_SHOWNA);
-        EnableWindow(handle_, TRUE);
-        sheet.messages.clear();
-    }
-    void Unmake() {
-        if (IsWindow(handle_)) {
-            DestroyWindow(handle_);
-        }
-    }
-
-    // The page's template without its procedure, in the same sheet.
-    HWND MakeTemplate() const {
-        return CreateDialogParamW(
-            page_.hInstance, page_.pszTemplate, sheet.handle,
-            [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0);
-    }
-
-    INT_PTR Ask(HWND window, UINT message, WPARAM wparam = 0, LPARAM lparam = 0) const {
-        return page_.pfnDlgProc(window, message, wparam, lparam);
-    }
-    INT_PTR Notify(UINT code) const {
-        PSHNOTIFY notification = {};
-        notification.hdr.hwndFrom = sheet.handle;
-        notification.hdr.code = code;
-        SetWindowLongPtrW(handle_, DWLP_MSGRESULT, 0x77);
-        return Ask(handle_, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&notification));
-    }
-    LONG_PTR NotifyResult() const { return GetWindowLongPtrW(handle_, DWLP_MSGRESULT); }
-
-    INT_PTR Use(int control, int notification = BN_CLICKED) const {
-        return Ask(handle_, WM_COMMAND, MAKEWPARAM(control, notification),
-                   reinterpret_cast<LPARAM>(GetDlgItem(handle_, control)));
-    }
-
-    HWND handle() const { return handle_; }
-    Window Page() const { return {driver_, handle_}; }
-    LPARAM Description() const { return reinterpret_cast<LPARAM>(&page_); }
 
     // No settings, as from a host that has none.
     void LoseRecord() {
@@ -557,8 +500,6 @@ class LonePage {
     void LoseCommonParameters() { context_.common = nullptr; }
 
     Bytes record;
-    SheetWindow sheet;
-    std::vector<Call> calls;
 
   private:
     // As the pages find it at their creation parameter. What follows is none of these pages' business.
@@ -572,17 +513,8 @@ class LonePage {
         std::uint8_t rest[512];
     };
 
-    static LONG_PTR CALLBACK Keep(HANDLE sheet, UINT function, LPARAM first, LPARAM second) {
-        static_cast<LonePage*>(sheet)->calls.push_back({sheet, function, first, second});
-        return 1;
-    }
-
-    UiDriver driver_{GetCurrentThreadId()};
-    PROPSHEETPAGEW page_ = {};
-    OEMCUIPPARAM common_ = {};
     OEMUIPSPARAM parameters_ = {};
     Context context_ = {};
-    HWND handle_ = nullptr;
 };
 
 // What both pages' procedures do with a call, whatever their controls are.
@@ -609,31 +541,10 @@ class LoneBarcodeTest : public BarcodeTest {
         EXPECT_THAT(lone.sheet.messages, testing::ElementsAre(unchanged));
     }
 
-    // Before the page has its parameter, when it is told of none, and after it is gone. `procedure` is its
-    // name in the trace.
+    // `procedure` is the page's name in the trace.
     void ExpectNothingWithoutParameter(LonePage& lone, const std::wstring& procedure, int print_button) {
-        lone.Make();
         const Bytes record = lone.record;
-        const HWND window = lone.MakeTemplate();
-        ASSERT_NE(window, nullptr);
-        const std::wstring line = L"ERROR UI:  " + procedure + L" : GetWindowLongPtr Failed ";
-        const std::wstring missing = line + L"(0)\r\n";
-        rig::TraceCapture trace;
-        const auto expect_ignored = [&](const std::wstring& traced) {
-            for (UINT message = 0; message < 0x10000; message += message < 0x800 ? 1 : 0x1F) {
-                EXPECT_EQ(lone.Ask(window, message), FALSE) << message;
-                EXPECT_EQ(trace.TakeOwn(), message == WM_INITDIALOG ? rig::Lines() : rig::Lines{traced})
-                    << message;
-            }
-        };
-        expect_ignored(missing);
-        PROPSHEETPAGEW without = {};
-        EXPECT_EQ(lone.Ask(window, WM_INITDIALOG, 0, reinterpret_cast<LPARAM>(&without)), FALSE);
-        EXPECT_EQ(lone.Ask(window, WM_COMMAND, MAKEWPARAM(print_button, BN_CLICKED), 0), FALSE);
-        EXPECT_THAT(trace.TakeOwn(), testing::ElementsAre(missing));
-        DestroyWindow(window);
-        trace.TakeOwn();
-        expect_ignored(line + L"(1400)\r\n");
+        lone.ExpectNothingWithoutParameter(procedure, WM_COMMAND, MAKEWPARAM(print_button, BN_CLICKED));
         EXPECT_THAT(spooler_.calls, testing::IsEmpty());
         EXPECT_THAT(boxes_, testing::IsEmpty());
         EXPECT_EQ(Differences(record, lone.record), "");

@@ -30,20 +30,6 @@ using testing::IsSupersetOf;
 
 constexpr HRESULT kFailed = static_cast<HRESULT>(0x80004005);
 
-// Where the page description's fields lie on a 64-bit system.
-constexpr std::size_t kSizeOffset = 0;
-constexpr std::size_t kFlagsOffset = 4;
-constexpr std::size_t kInstanceOffset = 8;
-constexpr std::size_t kTemplateOffset = 16;
-constexpr std::size_t kIconOffset = 24;
-constexpr std::size_t kProcedureOffset = 40;
-constexpr std::size_t kParameterOffset = 48;
-constexpr std::size_t kCallbackOffset = 56;
-constexpr std::size_t kReferencesOffset = 64;
-constexpr std::size_t kHeaderTitleOffset = 72;
-constexpr std::size_t kHeaderSubTitleOffset = 80;
-constexpr std::size_t kContextOffset = 88;
-
 // In the order of the tabs.
 struct PageCase {
     int dialog;

@@ -19,8 +19,20 @@ using pages::At;
 using pages::Bytes;
 using pages::ChooseLanguage;
 using pages::FakeSheet;
+using pages::kCallbackOffset;
+using pages::kContextOffset;
 using pages::kEnglish;
+using pages::kFlagsOffset;
+using pages::kHeaderSubTitleOffset;
+using pages::kHeaderTitleOffset;
+using pages::kIconOffset;
+using pages::kInstanceOffset;
+using pages::kParameterOffset;
+using pages::kProcedureOffset;
+using pages::kReferencesOffset;
 using pages::kSimplifiedChinese;
+using pages::kSizeOffset;
+using pages::kTemplateOffset;
 using pages::kTraditionalChinese;
 using pages::SourceText;
 using pages::WriteUserFile;
@@ -33,20 +45,6 @@ using testing::IsEmpty;
 using testing::IsSupersetOf;
 
 constexpr HRESULT kFailed = static_cast<HRESULT>(0x80004005);
-
-// Where the page description's fields lie on a 64-bit system.
-constexpr std::size_t kSizeOffset = 0;
-constexpr std::size_t kFlagsOffset = 4;
-constexpr std::size_t kInstanceOffset = 8;
-constexpr std::size_t kTemplateOffset = 16;
-constexpr std::size_t kIconOffset = 24;
-constexpr std::size_t kProcedureOffset = 40;
-constexpr std::size_t kParameterOffset = 48;
-constexpr std::size_t kCallbackOffset = 56;
-constexpr std::size_t kReferencesOffset = 64;
-constexpr std::size_t kHeaderTitleOffset = 72;
-constexpr std::size_t kHeaderSubTitleOffset = 80;
-constexpr std::size_t kContextOffset = 88;
 
 constexpr int kMainTemplate = 128;
 constexpr int kWaterMarkTemplate = 131;

@@ -9,9 +9,6 @@
 namespace pages {
 namespace {
 
-// Of a page description on a 64-bit system.
-constexpr std::size_t kTemplateOffset = 16;
-
 constexpr wchar_t kUnfinishedFile[] = L"unfinished.tmp";
 
 constexpr const wchar_t* kLanguages[] = {kEnglish, kSimplifiedChinese, kTraditionalChinese};

@@ -135,6 +135,20 @@ class FakeSheet {
     static LONG_PTR CALLBACK Callback(HANDLE sheet, UINT function, LPARAM first, LPARAM second);
 };
 
+// Where a page description's fields lie on a 64-bit system.
+constexpr std::size_t kSizeOffset = 0;
+constexpr std::size_t kFlagsOffset = 4;
+constexpr std::size_t kInstanceOffset = 8;
+constexpr std::size_t kTemplateOffset = 16;
+constexpr std::size_t kIconOffset = 24;
+constexpr std::size_t kProcedureOffset = 40;
+constexpr std::size_t kParameterOffset = 48;
+constexpr std::size_t kCallbackOffset = 56;
+constexpr std::size_t kReferencesOffset = 64;
+constexpr std::size_t kHeaderTitleOffset = 72;
+constexpr std::size_t kHeaderSubTitleOffset = 80;
+constexpr std::size_t kContextOffset = 88;
+
 // A field of a page description as FakeSheet keeps it.
 template <typename Field>
 Field At(const Bytes& bytes, std::size_t offset) {

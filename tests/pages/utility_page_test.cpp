@@ -20,6 +20,7 @@
 #include <utility>
 #include <vector>
 
+#include "captions.h"
 #include "help_reader.h"
 #include "lone_printer_page.h"
 #include "printer_fixture.h"
@@ -97,30 +98,6 @@ constexpr Caption kHelps[] = {
 constexpr wchar_t kWidthRangeText[] = L"[ 410 - 720 (0.1mm) ]";
 constexpr wchar_t kHeightRangeText[] = L"[ 254 - 32760 (0.1mm) ]";
 constexpr wchar_t kHeightRangeOfTemplate[] = L"[ 500 - 2970 (0.1mm) ]";
-
-Texts CaptionsOf(const Window& page) {
-    Texts texts;
-    for (const Caption& caption : kCaptions) {
-        texts.push_back(page.Text(caption.control));
-    }
-    return texts;
-}
-
-Texts SourceCaptions(const wchar_t* file) {
-    Texts texts;
-    for (const Caption& caption : kCaptions) {
-        texts.push_back(SourceText(file, L"UTILITY", caption.key));
-    }
-    return texts;
-}
-
-Texts DefaultCaptions() {
-    Texts texts;
-    for (const Caption& caption : kCaptions) {
-        texts.emplace_back(caption.english);
-    }
-    return texts;
-}
 
 // Forms, and the calls that read and change them
 
@@ -251,7 +228,7 @@ int TipsBeside(const Window& page) {
 // Nothing was set up but the captions.
 void ExpectAsInTemplate(const Window& page) {
     EXPECT_EQ(StateOf(page), kUnopened);
-    EXPECT_EQ(CaptionsOf(page), DefaultCaptions());
+    EXPECT_EQ(CaptionsOf(page, kCaptions), DefaultCaptions(kCaptions));
     EXPECT_EQ(page.Text(kHeightRange), kHeightRangeOfTemplate);
     for (const int edit : {kName, kWidth, kHeight}) {
         EXPECT_GT(page.Send(edit, EM_GETLIMITTEXT), 1000) << edit;
@@ -371,7 +348,7 @@ TEST_F(UtilityPageTest, ShowsItsTextsInEveryLanguage) {
         OpenPage([&](UiDriver&, Sheet& sheet, const Window& page) {
             EXPECT_EQ(sheet.TabTitles().at(static_cast<std::size_t>(sheet.CurrentIndex())),
                       SourceText(file, L"UTILITY", L"RC_UTILITYFORM"));
-            EXPECT_EQ(CaptionsOf(page), SourceCaptions(file));
+            EXPECT_EQ(CaptionsOf(page, kCaptions), SourceCaptions(file, L"UTILITY", kCaptions));
             ExpectLimits(page);
         });
     }
@@ -381,7 +358,7 @@ TEST_F(UtilityPageTest, ShowsEnglishWithoutAnyFile) {
     RemoveAllLanguageFiles();
     OpenPage([&](UiDriver& ui, Sheet& sheet, const Window& page) {
         EXPECT_EQ(sheet.TabTitles().at(static_cast<std::size_t>(sheet.CurrentIndex())), L"Utility");
-        EXPECT_EQ(CaptionsOf(page), DefaultCaptions());
+        EXPECT_EQ(CaptionsOf(page, kCaptions), DefaultCaptions(kCaptions));
         ExpectLimits(page);
         page.SelectList(kPapers, 1);
         for (const Caption& help : kHelps) {
@@ -395,7 +372,7 @@ TEST_F(UtilityPageTest, KnowsItsTextsBeforeItIsPainted) {
     LonePrinterPage lone(Description(), printer().handle());
     ShowWindow(lone.sheet.handle, SW_HIDE);
     lone.Make();
-    EXPECT_EQ(CaptionsOf(lone.Page()), SourceCaptions(kTraditionalChinese));
+    EXPECT_EQ(CaptionsOf(lone.Page(), kCaptions), SourceCaptions(kTraditionalChinese, L"UTILITY", kCaptions));
     for (const Caption& help : kHelps) {
         const HWND control = GetDlgItem(lone.handle(), help.control);
         const POINT centre = CentreOf(control);
@@ -418,7 +395,7 @@ TEST_F(UtilityPageTest, CutsATextThatIsTooLong) {
     OpenPage([&](UiDriver&, Sheet& sheet, const Window& page) {
         EXPECT_EQ(sheet.TabTitles().at(static_cast<std::size_t>(sheet.CurrentIndex())),
                   std::wstring(19, L't'));
-        EXPECT_EQ(CaptionsOf(page), expected);
+        EXPECT_EQ(CaptionsOf(page, kCaptions), expected);
     });
 }
 
@@ -431,12 +408,12 @@ TEST_F(UtilityPageTest, FollowsTheLanguageWhileItIsOpen) {
             SCOPED_TRACE(testing::PrintToString(std::wstring(file)));
             ChooseLanguage(file);
             Repaint(page);
-            EXPECT_EQ(CaptionsOf(page), SourceCaptions(file));
+            EXPECT_EQ(CaptionsOf(page, kCaptions), SourceCaptions(file, L"UTILITY", kCaptions));
             ExpectLimits(page);
             EXPECT_EQ(StateOf(page), (State{kUsualList, 1, L"typed", L"500", L"1000", true}));
         }
         EXPECT_FALSE(GetUpdateRect(page.handle(), nullptr, FALSE)) << "painted";
-        EXPECT_EQ(CaptionsOf(page), DefaultCaptions());
+        EXPECT_EQ(CaptionsOf(page, kCaptions), DefaultCaptions(kCaptions));
         EXPECT_THAT(TakeCalls(), IsEmpty());
     });
 }
@@ -698,7 +675,7 @@ TEST_F(UtilityPageTest, EachCallOfTheOpeningFails) {
                     ExpectAsInTemplate(page);
                 } else {
                     EXPECT_EQ(StateOf(page), kUnopened);
-                    EXPECT_EQ(CaptionsOf(page), DefaultCaptions());
+                    EXPECT_EQ(CaptionsOf(page, kCaptions), DefaultCaptions(kCaptions));
                     ExpectLimits(page);
                     EXPECT_EQ(TipsBeside(page), 0);
                 }

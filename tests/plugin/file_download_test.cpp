@@ -13,11 +13,11 @@
 #include <fstream>
 #include <iterator>
 #include <limits>
-#include <new>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "counted_memory.h"
 #include "rig/replaced.h"
 
 // Where this program's import table keeps the file system's functions.
@@ -31,46 +31,8 @@ extern decltype(&SetFilePointer) __imp_SetFilePointer;
 
 namespace {
 
-constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
-
-// The program's memory, counted.
-struct Memory {
-    std::size_t limit = kNoLimit;  // a larger block is refused
-    std::size_t live = 0;
-    std::size_t peak = 0;
-};
-Memory memory;
-
-// Before each block stands its size.
-constexpr std::size_t kBlockHeader = 16;
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    void* const block = size > memory.limit ? nullptr : std::malloc(kBlockHeader + size);
-    if (block == nullptr) {
-        throw std::bad_alloc();
-    }
-    *static_cast<std::size_t*>(block) = size;
-    memory.live += size;
-    memory.peak = std::max(memory.peak, memory.live);
-    return static_cast<std::uint8_t*>(block) + kBlockHeader;
-}
-
-void operator delete(void* pointer) noexcept {
-    if (pointer != nullptr) {
-        void* const block = static_cast<std::uint8_t*>(pointer) - kBlockHeader;
-        memory.live -= *static_cast<std::size_t*>(block);
-        std::free(block);
-    }
-}
-
-void operator delete(void* pointer, std::size_t) noexcept {
-    operator delete(pointer);
-}
-
-namespace {
-
+using counted_memory::kNoLimit;
+using counted_memory::memory;
 using rig::Replaced;
 
 using Bytes = std::vector<std::uint8_t>;

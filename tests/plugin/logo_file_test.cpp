@@ -13,7 +13,6 @@
 #include <fstream>
 #include <functional>
 #include <limits>
-#include <new>
 #include <optional>
 #include <string>
 #include <utility>
@@ -25,48 +24,9 @@
 #include "logo_system.h"
 #include "rig/trace_capture.h"
 
-namespace logo_system {
-
-Memory memory;
-
 namespace {
 
-// Before each block stands its size.
-constexpr std::size_t kBlockHeader = 16;
-
-}  // namespace
-
-}  // namespace logo_system
-
-using logo_system::kBlockHeader;
-using logo_system::memory;
-
-void* operator new(std::size_t size) {
-    const bool isRefused = memory.refused != logo_system::kNever && memory.blocks++ == memory.refused;
-    void* const block = isRefused ? nullptr : std::malloc(kBlockHeader + size);
-    if (block == nullptr) {
-        throw std::bad_alloc();
-    }
-    *static_cast<std::size_t*>(block) = size;
-    memory.live += size;
-    memory.peak = std::max(memory.peak, memory.live);
-    return static_cast<std::uint8_t*>(block) + kBlockHeader;
-}
-
-void operator delete(void* pointer) noexcept {
-    if (pointer != nullptr) {
-        void* const block = static_cast<std::uint8_t*>(pointer) - kBlockHeader;
-        memory.live -= *static_cast<std::size_t*>(block);
-        std::free(block);
-    }
-}
-
-void operator delete(void* pointer, std::size_t) noexcept {
-    operator delete(pointer);
-}
-
-namespace {
-
+using counted_memory::memory;
 using logo_system::Calls;
 using logo_system::kNever;
 using logo_system::RefusedBlock;

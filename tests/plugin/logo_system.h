@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "counted_memory.h"
 #include "rig/replaced.h"
 
 // Where this program's import table keeps the functions.
@@ -39,16 +40,9 @@ using rig::Replaced;
 using Bytes = std::vector<std::uint8_t>;
 using Calls = std::vector<std::wstring>;
 
-constexpr int kNever = -1;
-
-// The program's memory, counted in bytes and, where a block is to be refused, in blocks.
-struct Memory {
-    int refused = kNever;  // the block that is not given, counted from 0
-    int blocks = 0;
-    std::size_t live = 0;
-    std::size_t peak = 0;
-};
-extern Memory memory;
+using counted_memory::kNever;
+using counted_memory::memory;
+using counted_memory::Memory;
 
 // While it lives, the program's next block but `index` is refused.
 class RefusedBlock {

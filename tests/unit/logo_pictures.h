@@ -18,6 +18,18 @@ inline void Put(Bytes& file, std::size_t bytes, std::uint32_t value) {
     }
 }
 
+// A number among a file's bytes.
+inline void Set(Bytes& file, std::size_t at, std::size_t bytes, std::uint32_t value) {
+    for (std::size_t i = 0; i < bytes; ++i) {
+        file[at + i] = static_cast<std::uint8_t>(value >> 8 * i & 0xFF);
+    }
+}
+
+inline Bytes operator+(Bytes left, const Bytes& right) {
+    left.insert(left.end(), right.begin(), right.end());
+    return left;
+}
+
 // Headers and palette. What is not read has a value that would show.
 inline Bytes Front(std::int32_t width, std::int32_t height, unsigned bits) {
     Bytes file = {'B', 'M'};

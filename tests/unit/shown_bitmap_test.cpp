@@ -16,20 +16,11 @@
 namespace {
 
 using pictures::Bytes;
+using pictures::Set;
+using pictures::operator+;
 
 constexpr std::int32_t kLargest = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t kSmallest = std::numeric_limits<std::int32_t>::min();
-
-Bytes operator+(Bytes left, const Bytes& right) {
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
-}
-
-void Set(Bytes& file, std::size_t at, std::size_t bytes, std::uint32_t value) {
-    for (std::size_t i = 0; i < bytes; ++i) {
-        file[at + i] = static_cast<std::uint8_t>(value >> 8 * i & 0xFF);
-    }
-}
 
 // What a file says of itself.
 struct Claims {
