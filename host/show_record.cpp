@@ -140,7 +140,7 @@ struct Rule {
 // Header
 
 struct WholeRecord {
-    OEMDEV claimed;  // as it is in the file, 0 behind its size
+    OEMDEV claimed;  // as it is in the file, 0 behind its size and its header
     OEMDEV merged;   // what the plug-in makes of it
 };
 
@@ -556,7 +556,9 @@ std::size_t ReadSize(const OemDevHeader& header) {
 
 WholeRecord ReadRecord(ByteSpan file, std::size_t offset) {
     WholeRecord record = {};
-    std::memcpy(&record.claimed, file.data() + offset, ReadSize(HeaderAt(file, offset)));
+    const OemDevHeader header = HeaderAt(file, offset);
+    std::memcpy(&record.claimed, file.data() + offset, ReadSize(header));
+    record.claimed.dmOEMExtra = header;
     // What conversion and validation trace is for the plug-in's own trace.
     gDebugLevel = static_cast<std::int32_t>(Severity::kError);
     SetDefaultOEMDev(&record.merged);

@@ -326,7 +326,12 @@ TEST(ShowRecordTest, TakesShorterAndLongerRecordsAsThePluginDoes) {
               "dmOEMExtra.dwSize 0x00000BB8 of another version: the plug-in takes the first 1976 bytes");
     // Alone, a record may claim any size.
     EXPECT_THAT(Describe(With(0, 4, 0xFFFFFFFF)), HasSubstr("the first 1976 bytes"));
-    EXPECT_THAT(Describe(With(0, 4, 3)), HasSubstr("takes these 3 bytes"));
+    for (const std::uint32_t size : {0u, 3u, 7u, 12u}) {
+        const std::string small = Describe(With(0, 4, size));
+        EXPECT_THAT(small, HasSubstr("takes these " + std::to_string(size) + " bytes"));
+        EXPECT_EQ(LineOf(small, "dmOEMExtra.dwSignature"), "dmOEMExtra.dwSignature 0x00523732 this driver's");
+        EXPECT_THAT(LineOf(small, "dmOEMExtra.dwVersion"), HasSubstr("format "));
+    }
 }
 
 // Files

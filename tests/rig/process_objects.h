@@ -6,6 +6,9 @@ namespace rig {
 // Pens, bitmaps, device contexts and the like.
 int CountGdiObjects();
 
+// Windows, menus, icons and cursors.
+int CountUserObjects();
+
 // Of all kinds: files, keys, events, threads.
 int CountHandles();
 

@@ -32,10 +32,6 @@ std::wstring PictureFile(int number) {
     return (Folder() / kPictures[static_cast<std::size_t>(number) % std::size(kPictures)].name).wstring();
 }
 
-// Each static text of a dialog with the newer common controls costs Wine a block of 24 bytes, which it does
-// not free.
-constexpr std::size_t kKeptBlocks = 14;
-
 constexpr int kFirstRounds = 3;
 
 class PageSoakTest : public PageTest {
@@ -146,7 +142,7 @@ TEST_F(PageSoakTest, EveryPageOpenedAgainAndAgain) {
         original(block);
     });
     const rig::PluginDll kept;
-    soak::LeakWatch watch(kKeptBlocks);
+    soak::LeakWatch watch(soak::kBlocksOfStaticTexts);
     int first_blocks = 0;
     for (const int times = soak::Times("KVMR72_SOAK", 9); round < times && !HasFailure(); ++round) {
         SCOPED_TRACE("round " + std::to_string(round));

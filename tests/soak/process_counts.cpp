@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <functional>
 #include <span>
@@ -13,36 +12,6 @@
 
 namespace soak {
 namespace {
-
-bool IsIcon(HICON handle) {
-    ICONINFO info = {};
-    if (!GetIconInfo(handle, &info)) {
-        return false;
-    }
-    DeleteObject(info.hbmMask);
-    DeleteObject(info.hbmColor);
-    return true;
-}
-
-bool IsOwnWindow(HWND window) {
-    DWORD process = 0;
-    return GetWindowThreadProcessId(window, &process) != 0 && process == GetCurrentProcessId();
-}
-
-// The low half of their handles counts through one table, and the system takes it alone.
-std::size_t CountUserObjects() {
-    constexpr std::uintptr_t kFirst = 0x20;
-    constexpr std::uintptr_t kEntries = 2048;
-    std::size_t count = 0;
-    for (std::uintptr_t entry = 0; entry < kEntries; ++entry) {
-        const std::uintptr_t handle = kFirst + 2 * entry;
-        count += IsOwnWindow(reinterpret_cast<HWND>(handle)) || IsMenu(reinterpret_cast<HMENU>(handle)) ||
-                         IsIcon(reinterpret_cast<HICON>(handle))
-                     ? 1
-                     : 0;
-    }
-    return count;
-}
 
 void CountHeaps(ProcessCounts& counts) {
     std::vector<HANDLE> heaps(64);
@@ -87,7 +56,7 @@ DWORD NextFreeSlot() {
 
 ProcessCounts ProcessCounts::Now() {
     ProcessCounts counts;
-    counts.user_objects = CountUserObjects();
+    counts.user_objects = static_cast<std::size_t>(rig::CountUserObjects());
     counts.gdi_objects = static_cast<std::size_t>(rig::CountGdiObjects());
     counts.handles = static_cast<std::size_t>(rig::CountHandles());
     counts.next_slot = NextFreeSlot();

@@ -34,6 +34,9 @@ struct ProcessCounts {
 // was after the first few, in which the system makes things that it keeps.
 class LeakWatch {
   public:
+    // So many uses tell something.
+    static constexpr int kFewestUses = 8;
+
     // `kept_blocks`: what the system itself keeps of memory with each use.
     explicit LeakWatch(std::size_t kept_blocks = 0) : kept_blocks_(kept_blocks) {}
 
@@ -45,9 +48,9 @@ class LeakWatch {
     std::string Report() const;
 
   private:
-    static constexpr std::size_t kEdge = 4;
+    static constexpr std::size_t kEdge = kFewestUses / 2;
 
-    bool HasEnough() const { return counts_.size() >= 2 * kEdge; }
+    bool HasEnough() const { return counts_.size() >= kFewestUses; }
     // Of the first uses.
     std::size_t Most(std::size_t ProcessCounts::*count) const;
     // Of the last ones.
@@ -56,6 +59,10 @@ class LeakWatch {
     std::size_t kept_blocks_;
     std::vector<ProcessCounts> counts_;
 };
+
+// Each static text of a dialog with the newer common controls costs Wine a block of 24 bytes, which it does
+// not free: so many of all pages and their dialogs.
+constexpr std::size_t kBlocksOfStaticTexts = 14;
 
 // How often something is done: as the environment variable says, or else `usual`.
 int Times(const char* variable, int usual);

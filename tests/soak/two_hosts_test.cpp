@@ -90,36 +90,46 @@ class TwoHostsTest : public PageTest {
         std::filesystem::remove(ControlFontFile(), error);
     }
 
-    // The plug-in comes and goes in each round.
     static void Work(int rounds) {
+        soak::LeakWatch watch(soak::kBlocksOfStaticTexts);
         for (int round = 0; round < rounds && !HasFailure(); ++round) {
-            SCOPED_TRACE(std::string(IsSecond() ? "second" : "first") + " program, round " +
-                         std::to_string(round));
-            VirtualPrinter printer;
-            HostSettings settings;
-            settings.printer = printer.handle();
-            PluginHost host(rig::PluginPath(), std::move(settings));
-            UseSheet(host, SheetKind::kDocument, [&](UiDriver&, Sheet& sheet) {
-                const Window page = soak::PluginPage(sheet, 0);
-                page.SelectCombo(IDC_MAIN_LANGUAGE, (round + (IsSecond() ? 1 : 0)) % 3);
-                sheet.PressApply();
-                Repaint(page);
-                sheet.PressOk();
-            });
-            UseSheet(host, SheetKind::kPrinter, [&](UiDriver& ui, Sheet& sheet) {
-                const Window page = soak::PluginPage(sheet, 0);
-                const Window table = OpenControlFont(ui, page);
-                for (const wchar_t character : kCharacters) {
-                    SelectControlFontRow(table, character);
-                    const Window command = table.OpenDialog(IDC_CONTROL_TABLE_EDIT);
-                    command.TypeText(IDC_CONTROL_COMMAND_TEXT, kCommands[IsSecond() ? 1 : 0]);
-                    CloseDialog(command, IDOK, table);
-                }
-                CloseDialog(table, IDOK, page);
-                sheet.PressCancel();
-            });
-            EXPECT_TRUE(host.GuardsIntact());
+            WorkOnce(round);
+            watch.Count();
         }
+        if (rounds >= soak::LeakWatch::kFewestUses) {
+            EXPECT_EQ(watch.Growth(), "");
+            std::printf("%s program: %s\n", IsSecond() ? "second" : "first", watch.Report().c_str());
+        }
+    }
+
+    // The plug-in comes and goes.
+    static void WorkOnce(int round) {
+        SCOPED_TRACE(std::string(IsSecond() ? "second" : "first") + " program, round " +
+                     std::to_string(round));
+        VirtualPrinter printer;
+        HostSettings settings;
+        settings.printer = printer.handle();
+        PluginHost host(rig::PluginPath(), std::move(settings));
+        UseSheet(host, SheetKind::kDocument, [&](UiDriver&, Sheet& sheet) {
+            const Window page = soak::PluginPage(sheet, 0);
+            page.SelectCombo(IDC_MAIN_LANGUAGE, (round + (IsSecond() ? 1 : 0)) % 3);
+            sheet.PressApply();
+            Repaint(page);
+            sheet.PressOk();
+        });
+        UseSheet(host, SheetKind::kPrinter, [&](UiDriver& ui, Sheet& sheet) {
+            const Window page = soak::PluginPage(sheet, 0);
+            const Window table = OpenControlFont(ui, page);
+            for (const wchar_t character : kCharacters) {
+                SelectControlFontRow(table, character);
+                const Window command = table.OpenDialog(IDC_CONTROL_TABLE_EDIT);
+                command.TypeText(IDC_CONTROL_COMMAND_TEXT, kCommands[IsSecond() ? 1 : 0]);
+                CloseDialog(command, IDOK, table);
+            }
+            CloseDialog(table, IDOK, page);
+            sheet.PressCancel();
+        });
+        EXPECT_TRUE(host.GuardsIntact());
     }
 
     static void ExpectTheLanguageWhole() {
