@@ -273,6 +273,8 @@ class Inspection {
             CheckColumns(control);
         } else if (IsClass(control, UPDOWN_CLASSW)) {
             CheckNumber(control);
+        } else if (IsClass(control, TRACKBAR_CLASSW)) {
+            CheckSlider(control);
         }
     }
 
@@ -346,6 +348,19 @@ class Inspection {
             const std::wstring number = std::to_wstring(end);
             Require(box, number, Measure(box, number, DT_SINGLELINE | DT_NOPREFIX | DT_EDITCONTROL),
                     {room.right - room.left, room.bottom - room.top});
+        }
+    }
+
+    // So does the text behind a slider.
+    void CheckSlider(HWND control) {
+        const HWND value = GetWindow(control, GW_HWNDNEXT);
+        if (!IsClass(value, WC_STATICW) || !IsOneRow(Place(control), Place(value))) {
+            Report(control, {}, "has no text behind it");
+            return;
+        }
+        for (const UINT end : {TBM_GETRANGEMIN, TBM_GETRANGEMAX}) {
+            const std::wstring number = std::to_wstring(SendMessageW(control, end, 0, 0));
+            Require(value, number, Measure(value, number, DT_SINGLELINE), ClientSize(value));
         }
     }
 
