@@ -7,12 +7,24 @@
 #include <utility>
 
 #include "docpages/bitmap_24.h"
-#include "intrface/win/handles.h"
 
 namespace {
 
 // Rows are short and calls into the system are not cheap.
 constexpr std::size_t kBufferSize = 16384;
+
+// More than the largest picture takes: what stands behind it would only be copied.
+constexpr LONGLONG kLargestFile = 64 << 20;
+
+// A record may name a device or a pipe as well: reading from one may wait for ever.
+bool IsOnDisk(HANDLE file) noexcept {
+    return GetFileType(file) == FILE_TYPE_DISK;
+}
+
+bool IsTooLarge(HANDLE file) noexcept {
+    LARGE_INTEGER size;
+    return GetFileSizeEx(file, &size) && size.QuadPart > kLargestFile;
+}
 
 class FileSource final : public ByteSource {
   public:
@@ -86,10 +98,15 @@ class FileSink final : public ByteSink {
 
 }  // namespace
 
+FileHandle OpenToRead(const wchar_t* file, DWORD share) noexcept {
+    return FileHandle(CreateFileW(file, GENERIC_READ, share, nullptr, OPEN_EXISTING,
+                                  FILE_ATTRIBUTE_NORMAL | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION,
+                                  nullptr));
+}
+
 BitmapFileResult ChangeTo24Bitmap(const wchar_t* source, const wchar_t* destination) noexcept {
-    FileHandle sourceFile(
-        CreateFileW(source, GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!sourceFile) {
+    FileHandle sourceFile = OpenToRead(source, 0);
+    if (!sourceFile || !IsOnDisk(sourceFile.Get())) {
         return BitmapFileResult::kFailed;
     }
     FileHandle destinationFile(
@@ -101,10 +118,11 @@ BitmapFileResult ChangeTo24Bitmap(const wchar_t* source, const wchar_t* destinat
     FileSink to(destinationFile.Get());
     const BitmapConversion conversion = ConvertTo24Bitmap(from, to);
     const bool isWritten = to.Flush();
+    const bool isCopied = conversion == BitmapConversion::kCopyWhole && !IsTooLarge(sourceFile.Get());
     sourceFile.Reset();
     destinationFile.Reset();
     bool succeeded = conversion == BitmapConversion::kConverted && isWritten;
-    if (conversion == BitmapConversion::kCopyWhole) {
+    if (isCopied) {
         // The copy takes the source's attributes over: a read-only one could not be replaced the next time.
         succeeded =
             CopyFileW(source, destination, FALSE) && SetFileAttributesW(destination, FILE_ATTRIBUTE_ARCHIVE);
@@ -113,6 +131,9 @@ BitmapFileResult ChangeTo24Bitmap(const wchar_t* source, const wchar_t* destinat
 }
 
 std::optional<PixelSize> WholeBitmapSize(HANDLE file) noexcept {
+    if (!IsOnDisk(file)) {
+        return std::nullopt;
+    }
     FileSource source(file);
     return WholeBitmapSize(source);
 }

@@ -12,6 +12,11 @@
 
 namespace {
 
+// A file on a server that is gone fails slowly (in milliseconds). Repaints ask for it again, but not so often
+// that the page cannot be used.
+constexpr ULONGLONG kSlowFailure = 500;
+constexpr ULONGLONG kPatience = 10;
+
 constexpr wchar_t kImageFile[] = L"KVMR72WaterMark1.bmp";
 constexpr wchar_t kTextFile[] = L"KVMR72WaterMarkText1.bmp";
 
@@ -20,12 +25,6 @@ bool TemporaryFile(const wchar_t* name, wchar_t (&path)[kPathLength]) noexcept {
     const DWORD length = GetTempPathW(static_cast<DWORD>(kPathLength), folder);
     path[0] = L'\0';
     return length != 0 && length < kPathLength && JoinText(path, {folder, name});
-}
-
-// Others may read it too, but neither write it nor take it away.
-FileHandle OpenToRead(const wchar_t* file) noexcept {
-    return FileHandle(CreateFileW(file, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                  FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 Bitmap LoadBitmapFile(const wchar_t* file) noexcept {
@@ -122,6 +121,11 @@ bool WriteTextFile(const Canvas& canvas) {
            written == bytes.size();
 }
 
+// Whether two places show the same pixels.
+bool IsSameTile(const Placement& one, const Placement& other) noexcept {
+    return one.width == other.width && one.height == other.height && one.imageRows == other.imageRows;
+}
+
 // Stretches a picture, if there is one, to its places in the selected bitmap. FALSE when the system fails.
 bool Place(HDC target, PixelSize area, const Bitmap& picture, const WaterMark& mark) {
     if (!picture) {
@@ -136,9 +140,16 @@ bool Place(HDC target, PixelSize area, const Bitmap& picture, const WaterMark& m
     // Whole pixels of the picture, as the printer's dots will show them.
     SetStretchBltMode(target, COLORONCOLOR);
     const auto places = PlaceWaterMark(area, size, mark.position, mark.size);
+    const Placement* drawn = nullptr;
     return std::all_of(places.begin(), places.end(), [&](const Placement& place) {
+        // A large picture takes long to stretch: further tiles are taken from the first of their size.
+        if (drawn != nullptr && IsSameTile(*drawn, place)) {
+            return BitBlt(target, place.left, place.top, place.width, place.height, target, drawn->left,
+                          drawn->top, SRCCOPY) != FALSE;
+        }
+        drawn = &place;
         return StretchBlt(target, place.left, place.top, place.width, place.height, source.Get(), 0, 0,
-                          size.width, place.imageRows, SRCCOPY);
+                          size.width, place.imageRows, SRCCOPY) != FALSE;
     });
 }
 
@@ -158,7 +169,7 @@ std::optional<PictureFault> WaterMarkPreview::LoadPicture(const wchar_t* file) {
     if (!CopiedImagePath(copy)) {
         return PictureFault::kSilent;
     }
-    const std::optional<PixelSize> size = WholeBitmapSize(OpenToRead(file).Get());
+    const std::optional<PixelSize> size = WholeBitmapSize(OpenToRead(file, FILE_SHARE_READ).Get());
     if (!size) {
         return PictureFault::kMissing;
     }
@@ -172,8 +183,9 @@ std::optional<PictureFault> WaterMarkPreview::LoadPicture(const wchar_t* file) {
     }
     {
         // The system's loader believes what headers say and reads past a file's end, so it is given our own
-        // copy only, once that is known to be whole. While it is open here no other sheet can replace it.
-        const FileHandle whole = OpenToRead(copy);
+        // copy only, once that is known to be whole. While it is open here no other sheet can replace it:
+        // others may read it, but neither write it nor take it away.
+        const FileHandle whole = OpenToRead(copy, FILE_SHARE_READ);
         if (WholeBitmapSize(whole.Get())) {
             picture_ = LoadBitmapFile(copy);
         }
@@ -224,8 +236,12 @@ std::optional<PictureFault> WaterMarkPreview::Render(HDC frame, PixelSize area, 
 std::optional<PictureFault> WaterMarkPreview::Draw(HDC frame, PixelSize area, const WaterMark& mark) {
     std::optional<PictureFault> fault;
     bool isNew = area != drawnArea_ || mark != drawnMark_;
-    if (mark.kind == kImageWaterMark && bitmapChanged_) {
+    if (mark.kind == kImageWaterMark && bitmapChanged_ && GetTickCount64() >= nextTry_) {
+        const ULONGLONG start = GetTickCount64();
         fault = LoadPicture(mark.file.c_str());
+        const ULONGLONG end = GetTickCount64();
+        const bool isSlow = fault && end - start >= kSlowFailure;
+        nextTry_ = isSlow ? end + kPatience * (end - start) : 0;
         isNew = true;
     }
     if (isNew) {

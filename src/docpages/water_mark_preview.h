@@ -40,7 +40,10 @@ enum class PictureFault {
 class WaterMarkPreview {
   public:
     // The picture is read again when it is drawn next.
-    void MarkBitmapChanged() noexcept { bitmapChanged_ = true; }
+    void MarkBitmapChanged() noexcept {
+        bitmapChanged_ = true;
+        nextTry_ = 0;
+    }
 
     // Draws into a frame of `area` pixels. Where there is nothing to show it becomes white, and for an image
     // that could not be shown gives the reason, once for an image that is too big.
@@ -58,7 +61,8 @@ class WaterMarkPreview {
     std::optional<PictureFault> Render(HDC frame, PixelSize area, const WaterMark& mark);
 
     bool bitmapChanged_ = true;
-    Bitmap picture_;  // of 24 bits a pixel
+    ULONGLONG nextTry_ = 0;  // not before this tick, after a slow failure
+    Bitmap picture_;         // of 24 bits a pixel
 
     Bitmap drawn_;
     PixelSize drawnArea_ = {};

@@ -418,6 +418,8 @@ class WaterMarkTest : public PageTest {
     // What the plug-in does with bitmap files: "load", "read", "write" or "copy", and the file's name.
     Texts fileCalls_;
     int drawings_ = 0;  // bitmaps and fonts made
+    int stretched_ = 0;
+    Path lateFile_;  // on a server that is gone: opening it fails after a while
     bool refusesWriting_ = false;
     bool hasTemporaryFolder_ = true;
     std::multiset<void*> live_;
@@ -461,6 +463,11 @@ class WaterMarkTest : public PageTest {
                 std::tuple(arguments...);
             const bool writes = (access & GENERIC_WRITE) != 0;
             const bool isBitmap = NoteFileCall(writes ? L"write " : L"read ", path);
+            if (path == lateFile_.wstring()) {
+                Sleep(600);
+                SetLastError(ERROR_BAD_NETPATH);
+                return INVALID_HANDLE_VALUE;
+            }
             if (isBitmap && writes && refusesWriting_) {
                 SetLastError(ERROR_ACCESS_DENIED);
                 return INVALID_HANDLE_VALUE;
@@ -513,6 +520,7 @@ class WaterMarkTest : public PageTest {
             return Refuses("TextOutW") ? FALSE : original(arguments...);
         });
         hooks_.On("GDI32.dll", "StretchBlt", &StretchBlt, [this](auto original, auto... arguments) {
+            ++stretched_;
             return Refuses("StretchBlt") ? FALSE : original(arguments...);
         });
         hooks_.On("GDI32.dll", "BitBlt", &BitBlt, [this](auto original, auto... arguments) {

@@ -199,6 +199,38 @@ TEST_F(WaterMarkPreviewTest, TilesEndWithAPartOfTheImage) {
     });
 }
 
+// Stretching reads all of a picture, which may be large.
+TEST_F(WaterMarkPreviewTest, TilesOfOneSizeAreStretchedOnce) {
+    Store(Write(L"image.bmp", FileOf(Picture({10, 10}, 0x408020))));
+    Stored().iWaterMarkPosition = kTiled;
+    Stored().iWaterMarkSize = 20;
+    OnPage([&](const Window& page) {
+        Resize(page, {200, 140});
+        ExpectBox(page, {0, 0, 200, 140}, 0x408020);
+        stretched_ = 0;
+        page.SetSlider(IDC_WATERMARK_BRIGHTNESS, 10);
+        EXPECT_EQ(stretched_, 2) << "five columns of three whole tiles and a cut one";
+    });
+}
+
+// A server that is gone is asked again when the user asks, but not with each repaint.
+TEST_F(WaterMarkPreviewTest, AFileThatIsMissedSlowlyIsNotAskedForAgainAtOnce) {
+    lateFile_ = Write(L"image.bmp", FileOf(Image4x3()));
+    Store(lateFile_);
+    OnPage([&](const Window& page) {
+        EXPECT_THAT(fileCalls_, ElementsAre(L"read image.bmp"));
+        for (int i = 0; i < 3; ++i) {
+            Repaint(page);
+        }
+        ExpectWhite(page);
+        EXPECT_THAT(fileCalls_, ElementsAre(L"read image.bmp"));
+        lateFile_.clear();
+        page.Click(IDC_WATERMARK_USE_TEXT);
+        page.Click(IDC_WATERMARK_USE_IMAGE);
+        EXPECT_FALSE(IsWhite(Shown(page)));
+    });
+}
+
 // 100 / 33 is three columns, at 0, 66.99 and 133.98, each 66 wide: one pixel stays white between the second
 // and the third, and four at the end. 20 percent of 203 is five columns of 40 at 0, 40.6, 81.2, 121.8, 162.4.
 TEST_F(WaterMarkPreviewTest, TilesThatDoNotDivide) {

@@ -409,6 +409,55 @@ TEST_F(Bitmap24FileTest, FilesOf24BitsAreCopied) {
     EXPECT_EQ(trace_.TakeOwn(), Lines{});
 }
 
+// 64 MiB are more than the largest picture takes. What is behind a smaller one would fill the disk for
+// nothing.
+TEST_F(Bitmap24FileTest, MuchMoreThanAPictureIsRefused) {
+    rig::WriteBytes(source_, File24());
+    Lengthen(source_, 64 << 20);
+    EXPECT_EQ(Change(), kConverted);
+    Lengthen(source_, (64 << 20) + 1);
+    rig::WriteBytes(destination_, kOld);
+    EXPECT_EQ(Change(), kFailed);
+    rig::WriteBytes(source_, File24());
+    EXPECT_EQ(Change(), kConverted) << "the refused file was let go";
+}
+
+// Reading from a pipe would wait for the other side. Whoever that is may not act in our name.
+TEST_F(Bitmap24FileTest, NothingIsReadFromAPipe) {
+    constexpr wchar_t kPipe[] = L"\\\\.\\pipe\\kvmr72-bitmap";
+    const FileHandle pipe(
+        CreateNamedPipeW(kPipe, PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE, 1, 512, 512, 0, nullptr));
+    ASSERT_TRUE(pipe);
+    static DWORD opened_with;
+    static int reads;
+    static const auto realCreate = __imp_CreateFileW;
+    static const auto realRead = __imp_ReadFile;
+    reads = 0;
+    const auto create = [](LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
+                           DWORD disposition, DWORD flags, HANDLE pattern) {
+        opened_with = flags;
+        return realCreate(path, access, share, security, disposition, flags, pattern);
+    };
+    const auto read = [](HANDLE file, LPVOID buffer, DWORD size, LPDWORD count, LPOVERLAPPED overlapped) {
+        ++reads;
+        return realRead(file, buffer, size, count, overlapped);
+    };
+    const Replaced creating(__imp_CreateFileW, +create);
+    const Replaced reading(__imp_ReadFile, +read);
+    {
+        const FileHandle file = OpenToRead(kPipe, FILE_SHARE_READ);
+        ASSERT_TRUE(file);
+        EXPECT_EQ(WholeBitmapSize(file.Get()), std::nullopt);
+    }
+    EXPECT_EQ(opened_with & (SECURITY_SQOS_PRESENT | SECURITY_IMPERSONATION | SECURITY_IDENTIFICATION),
+              DWORD{SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION});
+    ASSERT_TRUE(DisconnectNamedPipe(pipe.Get()));
+    rig::WriteBytes(destination_, kOld);
+    EXPECT_EQ(ChangeTo24Bitmap(kPipe, destination_.c_str()), BitmapFileResult::kFailed);
+    EXPECT_EQ(reads, 0);
+    EXPECT_EQ(rig::ReadBytes(destination_), kOld);
+}
+
 TEST_F(Bitmap24FileTest, CopiesAreOrdinaryFiles) {
     for (const DWORD attributes : {DWORD{FILE_ATTRIBUTE_NORMAL}, DWORD{FILE_ATTRIBUTE_READONLY},
                                    DWORD{FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_READONLY}}) {
