@@ -13,9 +13,11 @@ constexpr std::uint16_t kChineseSingapore = 4100;
 constexpr StringView16 kNotInFileNames = TEXT16("\\/:*?\"<>|");
 
 // Names that open a device, with any extension.
-constexpr StringView16 kDevices[] = {TEXT16("CON"), TEXT16("PRN"), TEXT16("AUX"),
-                                     TEXT16("NUL"), TEXT16("COM"), TEXT16("LPT")};
-constexpr std::size_t kNumberedDevices = 4;  // from here on with a digit behind
+constexpr StringView16 kDevices[] = {TEXT16("CON"),    TEXT16("PRN"),     TEXT16("AUX"), TEXT16("NUL"),
+                                     TEXT16("CONIN$"), TEXT16("CONOUT$"), TEXT16("COM"), TEXT16("LPT")};
+constexpr std::size_t kNumberedDevices = 6;  // from here on with a digit behind
+// The system takes some superscript ones for digits too.
+constexpr StringView16 kDeviceDigits = TEXT16("0123456789\u00B9\u00B2\u00B3");
 
 bool IsDevice(StringView16 name) noexcept {
     StringView16 stem = name.substr(0, name.find('.'));
@@ -26,11 +28,12 @@ bool IsDevice(StringView16 name) noexcept {
         const StringView16 device = kDevices[i];
         const bool begins =
             stem.size() >= device.size() &&
-            std::equal(device.begin(), device.end(), stem.begin(),
-                       [](Char16 upper, Char16 unit) { return unit == upper || unit == upper + 0x20; });
+            std::equal(device.begin(), device.end(), stem.begin(), [](Char16 upper, Char16 unit) {
+                return unit == upper || (upper >= 'A' && unit == upper + 0x20);
+            });
         const std::size_t digits = i < kNumberedDevices ? 0 : 1;
         if (begins && stem.size() == device.size() + digits &&
-            (digits == 0 || (stem.back() >= '0' && stem.back() <= '9'))) {
+            (digits == 0 || kDeviceDigits.find(stem.back()) != kDeviceDigits.npos)) {
             return true;
         }
     }

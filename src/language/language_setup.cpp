@@ -30,6 +30,12 @@ bool Exists(const wchar_t* path) noexcept {
     return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
 }
 
+bool IsTooLarge(const wchar_t* path) noexcept {
+    WIN32_FILE_ATTRIBUTE_DATA file;
+    return GetFileAttributesExW(path, GetFileExInfoStandard, &file) &&
+           (file.nFileSizeHigh != 0 || file.nFileSizeLow > kMaxLanguageFileSize);
+}
+
 void ChooseLanguageFile(StringView16 name) noexcept {
     CopyText(gCurrentLanguageFile, UsableLanguageName(name));
 }
@@ -178,9 +184,13 @@ bool DriverDirectory(wchar_t (&folder)[kPathLength]) noexcept {
 }
 
 void CopyIfNotNewer(const wchar_t* driverFile, const wchar_t* userFile) noexcept {
-    if (Exists(userFile)) {
+    // Without the driver's file there is nothing to compare: the copy fails by itself.
+    if (Exists(userFile) && Exists(driverFile)) {
+        // The profile functions read a file whole, of any size.
         const auto version = [](const wchar_t* file, int missing) {
-            return static_cast<int>(GetPrivateProfileIntW(L"FILEVER", L"INIVERSION", missing, file));
+            return IsTooLarge(file)
+                       ? missing
+                       : static_cast<int>(GetPrivateProfileIntW(L"FILEVER", L"INIVERSION", missing, file));
         };
         const int driverVersion = version(driverFile, kDriverVersionDefault);
         if (!ReplacesUserCopy(driverVersion, version(userFile, kUserVersionDefault))) {

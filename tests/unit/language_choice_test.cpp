@@ -103,12 +103,15 @@ TEST(JoinText, NoPartsAreEmptyAndNoRoomIsAFailure) {
 }
 
 TEST(UsableLanguageNameTest, RefusesDevices) {
-    for (const Char16* name : {TEXT16("CON"), TEXT16("con.res"), TEXT16("Prn.a.b"), TEXT16("AUX .res"),
-                               TEXT16("nul"), TEXT16("COM1"), TEXT16("com0.res"), TEXT16("LPT9.res")}) {
+    for (const Char16* name :
+         {TEXT16("CON"), TEXT16("con.res"), TEXT16("Prn.a.b"), TEXT16("AUX .res"), TEXT16("nul"),
+          TEXT16("COM1"), TEXT16("com0.res"), TEXT16("LPT9.res"), TEXT16("COM\u00B9.res"),
+          TEXT16("com\u00B2"), TEXT16("lpt\u00B3.res"), TEXT16("CONIN$"), TEXT16("conout$.res")}) {
         EXPECT_EQ(UsableLanguageName(name), kEnglishFile) << StringView16(name).size();
     }
-    for (const Char16* name : {TEXT16("CONS.res"), TEXT16("COM.res"), TEXT16("COM12.res"), TEXT16("COMA.res"),
-                               TEXT16("XNUL.res"), TEXT16("LP.res")}) {
+    for (const Char16* name :
+         {TEXT16("CONS.res"), TEXT16("COM.res"), TEXT16("COM12.res"), TEXT16("COMA.res"), TEXT16("XNUL.res"),
+          TEXT16("LP.res"), TEXT16("COM\u2074.res"), TEXT16("conind.res"), TEXT16("CONIN.res")}) {
         EXPECT_EQ(UsableLanguageName(name), StringView16(name));
     }
 }
