@@ -18,6 +18,17 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 
 }  // namespace
 
+bool IsDevice(const std::filesystem::path& path) {
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const HANDLE file = CreateFileW(path.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    const bool is_device = GetFileType(file) != FILE_TYPE_DISK;
+    CloseHandle(file);
+    return is_device;
+}
+
 std::optional<std::vector<std::uint8_t>> ReadWholeFile(const std::filesystem::path& path, std::size_t limit) {
     const File file(_wfopen(path.c_str(), L"rb"));
     if (file == nullptr) {
@@ -39,6 +50,10 @@ std::optional<std::vector<std::uint8_t>> ReadWholeFile(const std::filesystem::pa
 }
 
 void WriteWholeFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
+    // Replacing one would take it away.
+    if (IsDevice(path)) {
+        throw std::runtime_error("cannot write " + ToUtf8(path.native()));
+    }
     // Beside the file, under a name of this process's own.
     const std::wstring part = path.native() + L"." + std::to_wstring(GetCurrentProcessId()) + L".part";
     File file(_wfopen(part.c_str(), L"wb"));

@@ -75,8 +75,35 @@ void ChooseLanguage(const std::wstring& language) {
     SetLanguageValue(kFollowSystemValue, L"FALSE");
 }
 
+// A device or a pipe may keep its reader waiting for ever.
+std::optional<std::vector<std::uint8_t>> ReadRecordFile(const std::filesystem::path& path,
+                                                        std::size_t limit) {
+    if (IsDevice(path)) {
+        throw HostError(ToUtf8(path.native()) + " is no file but a device or a pipe");
+    }
+    return ReadWholeFile(path, limit);
+}
+
+// What is written at the end is tried at the start: else what a person did in the sheet would be lost. The
+// file itself stays as it is; WriteWholeFile, too, writes beside it.
+void CheckWritable(const std::filesystem::path& path) {
+    constexpr DWORD kNeverReplaced = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY;
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    const bool is_replaced = attributes == INVALID_FILE_ATTRIBUTES || (attributes & kNeverReplaced) == 0;
+    const std::wstring beside = path.native() + L"." + std::to_wstring(GetCurrentProcessId()) + L".part";
+    HANDLE file = INVALID_HANDLE_VALUE;
+    if (is_replaced && !IsDevice(path)) {
+        file = CreateFileW(beside.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE,
+                           nullptr);
+    }
+    if (file == INVALID_HANDLE_VALUE) {
+        throw HostError("cannot write " + ToUtf8(path.native()));
+    }
+    CloseHandle(file);
+}
+
 void LoadStoredRecord(PluginHost& host, const std::filesystem::path& file) {
-    const auto stored = ReadWholeFile(file, kLargestRecordFile);
+    const auto stored = ReadRecordFile(file, kLargestRecordFile);
     if (!stored) {
         return;
     }
@@ -174,7 +201,7 @@ void WriteTrace(const TraceCapture& trace, const std::filesystem::path& file) {
 }
 
 void ShowRecord(const std::filesystem::path& file) {
-    const auto bytes = ReadWholeFile(file, kLargestShownFile);
+    const auto bytes = ReadRecordFile(file, kLargestShownFile);
     if (!bytes) {
         throw HostError("there is no file " + ToUtf8(file.native()));
     }
@@ -239,6 +266,11 @@ void RunSheet(const Options& options) {
 }
 
 void Run(const Options& options) {
+    for (const auto& file : {options.trace, options.record}) {
+        if (file) {
+            CheckWritable(*file);
+        }
+    }
     if (options.language) {
         ChooseLanguage(*options.language);
     }
@@ -271,6 +303,9 @@ int wmain(int argc, wchar_t** argv) {
             ShowRecord(*options.show_record);
         } else {
             Run(options);
+        }
+        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+            throw HostError("cannot write the output");
         }
         return 0;
     } catch (const UsageError& error) {

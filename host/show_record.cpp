@@ -31,6 +31,9 @@ using ByteSpan = std::span<const std::uint8_t>;
 constexpr std::uint32_t kLargestSize = 0xFFFF;
 constexpr std::uint32_t kLargestVersion = 0xFFFF;
 
+// More than anybody reads: a file of nothing but headers holds a million records.
+constexpr std::size_t kMostTold = 100;
+
 // The page keeps this bound beside its arrows: what can be typed is in layout_rules.h.
 constexpr std::int32_t kMostScaleByArrows = 200;
 // The page's own words for these, the same in all languages.
@@ -109,6 +112,55 @@ Remark Text(const Char16 (&field)[N], const std::string& whenEmpty) {
         return OutOfRange("without an end: counts as all " + Number(N) + " units of the field");
     }
     return {length == 0 ? whenEmpty : std::string()};
+}
+
+// Characters that order, join or hide others, and the two line ends among them: on a terminal a text with
+// these could pass for another.
+struct CodeRange {
+    std::uint32_t first;
+    std::uint32_t last;
+};
+constexpr CodeRange kFormatCharacters[] = {
+    {0x00AD, 0x00AD},   {0x0600, 0x0605},   {0x061C, 0x061C},   {0x06DD, 0x06DD},   {0x070F, 0x070F},
+    {0x0890, 0x0891},   {0x08E2, 0x08E2},   {0x180E, 0x180E},   {0x200B, 0x200F},   {0x2028, 0x202E},
+    {0x2060, 0x206F},   {0xFEFF, 0xFEFF},   {0xFFF9, 0xFFFB},   {0x110BD, 0x110BD}, {0x110CD, 0x110CD},
+    {0x13430, 0x1343F}, {0x1BCA0, 0x1BCA3}, {0x1D173, 0x1D17A}, {0xE0001, 0xE007F},
+};
+
+bool IsFormatCharacter(std::uint32_t code) {
+    return std::ranges::any_of(kFormatCharacters, [code](const CodeRange& range) {
+        return code >= range.first && code <= range.last;
+    });
+}
+
+// A field's value with format characters as FormatField shows control characters: each unit as \u and four
+// digits.
+std::string ValueText(const RecordField& field, RecordBytes record) {
+    std::string value = FormatField(field, record);
+    if (field.kind != FieldKind::kText) {
+        return value;
+    }
+    const std::wstring text = FromUtf8(value);
+    std::wstring shown;
+    for (std::size_t i = 0, units = 1; i < text.size(); i += units) {
+        std::uint32_t code = text[i];
+        units = IS_HIGH_SURROGATE(text[i]) ? 2 : 1;  // FormatField leaves no half of a pair
+        if (units == 2) {
+            code = 0x10000 + ((code - 0xD800) << 10) + (text[i + 1] - 0xDC00u);
+        }
+        const std::wstring character = text.substr(i, units);
+        if (!IsFormatCharacter(code)) {
+            shown += character;
+            continue;
+        }
+        for (const wchar_t unit : character) {
+            shown += L"\\u";
+            for (int shift = 12; shift >= 0; shift -= 4) {
+                shown += L"0123456789ABCDEF"[unit >> shift & 15];
+            }
+        }
+    }
+    return ToUtf8(shown);
 }
 
 // Sixteen bytes a line, with the characters that they are.
@@ -489,7 +541,7 @@ class Description {
             const RecordField& field = *std::ranges::find(RecordFields(), name, &RecordField::name);
             Remark remark = rule.remark(subject, record_.subspan(field.offset, field.size));
             // Command bytes are in the hexadecimal view below.
-            const std::string value = remark.below.empty() ? FormatField(field, record_) : std::string();
+            const std::string value = remark.below.empty() ? ValueText(field, record_) : std::string();
             lines.push_back({name.substr(prefix.size()), value, std::move(remark)});
         }
         Write(title, lines);
@@ -603,10 +655,26 @@ std::string DescribeRecord(const WholeRecord& record) {
     return description.Finish();
 }
 
-std::string CutText(ByteSpan file, std::size_t offset) {
-    return "at byte " + std::to_string(offset) + " a record of " +
-           std::to_string(HeaderAt(file, offset).dwSize) + " bytes begins, of which " +
-           std::to_string(file.size() - offset) + " are there";
+bool IsPossibleSize(std::uint32_t size) {
+    return size >= sizeof(OemDevHeader) && size <= kLargestSize;
+}
+
+std::string BrokenText(ByteSpan file, std::size_t offset) {
+    const std::uint32_t size = HeaderAt(file, offset).dwSize;
+    return "at byte " + std::to_string(offset) + " a record of " + std::to_string(size) + " bytes begins, " +
+           (IsPossibleSize(size)
+                ? "of which " + std::to_string(file.size() - offset) + " are there"
+                : "an impossible size: " + RangeText(sizeof(OemDevHeader), kLargestSize) + " can be");
+}
+
+// One line for those of `offsets` that are too many to be told one by one.
+std::string RestText(std::span<const std::size_t> offsets, const std::string& what) {
+    if (offsets.size() <= kMostTold) {
+        return {};
+    }
+    return "\nNot shown: " + std::to_string(offsets.size() - kMostTold) + " more " + what +
+           ", the first at byte " + std::to_string(offsets[kMostTold]) + ", the last at byte " +
+           std::to_string(offsets.back()) + "\n";
 }
 
 }  // namespace
@@ -620,14 +688,13 @@ RecordSearch FindRecords(ByteSpan file) {
     }
     for (std::size_t offset = 0; offset + sizeof(OemDevHeader) <= file.size();) {
         const OemDevHeader header = HeaderAt(file, offset);
-        const bool isRecord = header.dwSignature == kOemSignature && header.dwSize >= sizeof header &&
-                              header.dwSize <= kLargestSize && header.dwVersion != 0 &&
+        const bool isRecord = header.dwSignature == kOemSignature && header.dwVersion != 0 &&
                               header.dwVersion <= kLargestVersion;
         const std::size_t size = ReadSize(header);
         if (!isRecord) {
             ++offset;
-        } else if (size > file.size() - offset) {
-            search.cut.push_back(offset++);
+        } else if (!IsPossibleSize(header.dwSize) || size > file.size() - offset) {
+            search.broken.push_back(offset++);
         } else {
             search.whole.push_back(offset);
             offset += size;
@@ -639,12 +706,12 @@ RecordSearch FindRecords(ByteSpan file) {
 std::string DescribeRecords(ByteSpan file) {
     const RecordSearch search = FindRecords(file);
     if (search.whole.empty()) {
-        throw NoRecordError(search.cut.empty() ? "none of its " + std::to_string(file.size()) +
-                                                     " bytes begins a settings record of this driver"
-                                               : CutText(file, search.cut.front()));
+        throw NoRecordError(search.broken.empty() ? "none of its " + std::to_string(file.size()) +
+                                                        " bytes begins a settings record of this driver"
+                                                  : BrokenText(file, search.broken.front()));
     }
     std::string text;
-    for (std::size_t i = 0; i < search.whole.size(); ++i) {
+    for (std::size_t i = 0; i < std::min(search.whole.size(), kMostTold); ++i) {
         const std::size_t offset = search.whole[i];
         text += (i == 0 ? "" : "\n") + std::string("Settings record ");
         if (search.whole.size() > 1) {
@@ -653,8 +720,9 @@ std::string DescribeRecords(ByteSpan file) {
         text += "at byte " + std::to_string(offset) + " of " + std::to_string(file.size()) + "\n";
         text += DescribeRecord(ReadRecord(file, offset));
     }
-    for (const std::size_t offset : search.cut) {
-        text += "\nNot shown: " + CutText(file, offset) + "\n";
+    text += RestText(search.whole, "settings records");
+    for (std::size_t i = 0; i < std::min(search.broken.size(), kMostTold); ++i) {
+        text += "\nNot shown: " + BrokenText(file, search.broken[i]) + "\n";
     }
-    return text;
+    return text + RestText(search.broken, "broken records");
 }

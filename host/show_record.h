@@ -18,9 +18,10 @@ class NoRecordError : public std::runtime_error {
 // is saved with them.
 struct RecordSearch {
     std::vector<std::size_t> whole;
-    std::vector<std::size_t> cut;  // begin, but the file ends before they do
+    std::vector<std::size_t> broken;  // begin, but the file ends before they do, or with an impossible size
 };
 RecordSearch FindRecords(std::span<const std::uint8_t> file);
 
-// Every whole record of `file`, UTF-8. Throws NoRecordError when there is none.
+// The whole records of `file`, UTF-8, with what is to know of the broken ones: a hundred of each, and of more
+// how many they are and where. Throws NoRecordError when none is whole.
 std::string DescribeRecords(std::span<const std::uint8_t> file);

@@ -8,7 +8,7 @@ from dataclasses import dataclass, field
 from PIL import Image, ImageChops, ImageDraw, ImageFont
 
 from . import symbols
-from .commands import DATABAR_KINDS, Command
+from .commands import DATABAR_KINDS, Command, DecodeError
 
 PAPER = 567
 PRINTABLE = 510
@@ -20,6 +20,7 @@ TO_CUTTER = 90
 DASH, GAP = 12, 8
 BLACK, GREY, WHITE = 0, 140, 255
 LONGEST = 100_000  # rows that are drawn: 14 metres
+MOST = 20_000  # commands that are taken: settings need no paper
 
 FONT_FILE = "/usr/share/fonts/truetype/liberation/LiberationMono-Regular.ttf"
 # Of each font: the cell's width and height, and the size in which the letters fill it.
@@ -73,7 +74,8 @@ class Strip:
     notes: list[Note] = field(default_factory=list)
     logos: list[Logo] = field(default_factory=list)
     cuts: list[int] = field(default_factory=list)
-    too_long: bool = False  # ends before the job does
+    too_long: bool = False  # the job goes on where paper or patience ends
+    fault: str | None = None  # what stopped the job
 
     @property
     def failures(self) -> list[Note]:
@@ -273,14 +275,24 @@ class Paper:
 
 
 def render(commands: Iterable[Command], fault: str | None = None) -> Strip:
-    """The strip that the commands print. `fault` is what stopped the job, to be seen at the strip's end."""
+    """The strip that the commands print. What stopped the job, `fault` or a DecodeError of the commands, is to be seen
+    at the strip's end. Of a job that is too long nothing is asked for beyond LONGEST and MOST."""
     paper = Paper()
-    for command in commands:
-        paper.take(command)
-        if paper.y > LONGEST:
-            paper.note(command, f"the paper is longer than {LONGEST} rows: nothing after it is shown", failure=True)
-            paper.strip.too_long = True
-            break
-    if fault is not None:
-        paper.remark(f"{fault}. Nothing after it is shown.")
+    paper.strip.fault = fault
+    try:
+        for taken, command in enumerate(commands, start=1):
+            paper.take(command)
+            if paper.y > LONGEST or taken > MOST:
+                reason = (
+                    f"the paper is longer than {LONGEST} rows"
+                    if paper.y > LONGEST
+                    else f"the job has more than {MOST} commands"
+                )
+                paper.note(command, f"{reason}: nothing after it is shown", failure=True)
+                paper.strip.too_long = True
+                break
+    except DecodeError as error:
+        paper.strip.fault = str(error)
+    if paper.strip.fault is not None:
+        paper.remark(f"{paper.strip.fault}. Nothing after it is shown.")
     return paper.finish()

@@ -166,6 +166,18 @@ class PackageTest(unittest.TestCase):
         dll.write_bytes(b"MZ")
         self.assert_refused(PROJECT, "has no version", dll)
 
+    def test_refuses_a_folder_that_cannot_be_made_or_written(self):
+        file = self.work / "file"
+        file.write_bytes(b"here")
+        taken = self.work / "taken" / f"KVMR72UI-{version()}.zip"
+        (taken / "here").mkdir(parents=True)
+        for out, name in ((file, "file"), (file / "below", "file"), (taken.parent, taken.name)):
+            run = self.run_script(out=out)
+            self.assertEqual((run.returncode, run.stdout), (1, ""))
+            self.assertRegex(run.stderr, rf"^package: .*{re.escape(name)}.*\n$")
+        self.assertEqual(file.read_bytes(), b"here")
+        self.assertEqual(list(taken.parent.iterdir()), [taken])
+
 
 if __name__ == "__main__":
     parser = argparse.ArgumentParser()

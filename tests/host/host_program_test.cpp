@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "files.h"
 #include "pages/page_fixture.h"
 #include "plugin/default_record.h"
 #include "program_fixture.h"
@@ -62,6 +63,53 @@ TEST_F(HostProgramTest, LeavesARefusedRecordFileAlone) {
         EXPECT_EQ(run.exit_code, 1u);
         EXPECT_THAT(run.errors, AllOf(StartsWith("KVMR72Host: "), HasSubstr("record.bin")));
         EXPECT_EQ(rig::ReadBytes(File(L"record.bin")), content);
+    }
+}
+
+// Before the sheet opens, not when its work is done and lost.
+TEST_F(HostProgramTest, FailsAtTheStartWhereNothingCanBeWritten) {
+    std::filesystem::create_directory(File(L"folder"));
+    const Bytes record = Record();
+    rig::WriteBytes(File(L"sealed.bin"), record);
+    SetFileAttributesW(File(L"sealed.bin").c_str(), FILE_ATTRIBUTE_READONLY);
+    const struct {
+        const wchar_t* option;
+        const wchar_t* file;
+    } kCases[] = {{L"--trace ", L"folder"},
+                  {L"--trace ", L"missing/trace.txt"},
+                  {L"--record ", L"folder"},
+                  {L"--record ", L"missing/record.bin"},
+                  {L"--record ", L"sealed.bin"}};
+    for (const auto& refused : kCases) {
+        const ProgramRun run = Run(std::wstring(L"--play ") + refused.option + refused.file);
+        EXPECT_EQ(run.exit_code, 1u);
+        EXPECT_EQ(run.output, "");
+        EXPECT_EQ(run.errors, "KVMR72Host: cannot write " + ToUtf8(refused.file) + "\r\n");
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(File(L"folder")));
+    EXPECT_EQ(rig::ReadBytes(File(L"sealed.bin")), record);
+    SetFileAttributesW(File(L"sealed.bin").c_str(), FILE_ATTRIBUTE_NORMAL);
+}
+
+// What stands for a device is never written over: as administrator that could take the device away.
+TEST_F(HostProgramTest, KnowsDevices) {
+    std::filesystem::create_directory(File(L"folder"));
+    rig::WriteBytes(File(L"file"), Record());
+    EXPECT_TRUE(IsDevice(L"NUL"));
+    EXPECT_FALSE(IsDevice(File(L"file")));
+    EXPECT_FALSE(IsDevice(File(L"folder")));
+    EXPECT_FALSE(IsDevice(File(L"missing")));
+}
+
+TEST_F(HostProgramTest, TriesAFileWithoutTouchingIt) {
+    const Bytes record = Record();
+    rig::WriteBytes(File(L"record.bin"), record);
+    EXPECT_EQ(Run(L"--dll missing.dll --record record.bin").exit_code, 1u);
+    EXPECT_EQ(Run(L"--dll missing.dll --record new.bin").exit_code, 1u);
+    EXPECT_EQ(rig::ReadBytes(File(L"record.bin")), record);
+    for (const auto& entry : std::filesystem::directory_iterator(File(L""))) {
+        EXPECT_NE(entry.path().filename(), L"new.bin");
+        EXPECT_NE(entry.path().extension(), L".part");
     }
 }
 

@@ -61,6 +61,12 @@ std::string Refusal(const Bytes& file) {
     return {};
 }
 
+std::filesystem::path ProgramFile() {
+    wchar_t own_path[1024] = {};
+    GetModuleFileNameW(nullptr, own_path, static_cast<DWORD>(std::size(own_path)));
+    return std::filesystem::path(own_path).parent_path() / L"KVMR72Host.exe";
+}
+
 std::vector<std::string> LinesOf(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream stream(text);
@@ -308,6 +314,30 @@ TEST(ShowRecordTest, ShowsTextsThatDoNotEnd) {
     EXPECT_THAT(MarkedLines(Describe(record)), IsEmpty());
 }
 
+// Whole lines can pass for others where a text turns the writing's direction or hides what it holds.
+TEST(ShowRecordTest, ShowsFormatCharactersByTheirNumbers) {
+    const auto shown = [](const std::wstring& text) {
+        Bytes record = DefaultRecord();
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            record[1252 + 2 * i] = static_cast<std::uint8_t>(text[i] & 0xFF);
+            record[1253 + 2 * i] = static_cast<std::uint8_t>(text[i] >> 8);
+        }
+        return LineOf(Describe(record), "szWaterMarkText");
+    };
+    EXPECT_EQ(shown(L"a\x202E\x2066z\x2028\x2029\xFEFF"),
+              R"(szWaterMarkText "a\u202E\u2066z\u2028\u2029\uFEFF")");
+    // U+E0001, U+E007F and U+1D173 are pairs; control characters are shown as ever.
+    EXPECT_EQ(shown(L"\xDB40\xDC01 \xDB40\xDC7F \xD834\xDD73\x1B"),
+              R"(szWaterMarkText "\uDB40\uDC01 \uDB40\uDC7F \uD834\uDD73\u001B")");
+    EXPECT_EQ(shown(L"\x00AD\x061C\x180E\x200B\x200F\x202A\x2060\x2069\x206F\xFFF9\xFFFB"),
+              R"(szWaterMarkText "\u00AD\u061C\u180E\u200B\u200F\u202A\u2060\u2069\u206F\uFFF9\uFFFB")");
+    // Neighbours of those, Arabic, Chinese, and a pair that is a letter.
+    for (const wchar_t* text : {L"\x00AE\x061B\x180F\x2010\x2027\x205F\x2070", L"\x0627\x0628",
+                                L"\x7B80\x4F53", L"\xD835\xDC00\xDB40\xDC80"}) {
+        EXPECT_EQ(shown(text), "szWaterMarkText \"" + ToUtf8(text) + "\"");
+    }
+}
+
 // Records of other versions
 
 TEST(ShowRecordTest, TakesShorterAndLongerRecordsAsThePluginDoes) {
@@ -371,6 +401,67 @@ TEST(ShowRecordTest, ShowsEachOfSeveralRecordsAndTellsOfOneThatIsCut) {
     EXPECT_LT(text.find("Full Cut"), text.find("Settings record 2"));
 }
 
+// `count` headers without anything behind them, 12 bytes each.
+Bytes Headers(std::size_t count, std::uint32_t size) {
+    Bytes header(12);
+    PutHeader(header, size, kSignature, 1);
+    Bytes file;
+    for (std::size_t i = 0; i < count; ++i) {
+        file.insert(file.end(), header.begin(), header.end());
+    }
+    return file;
+}
+
+std::size_t Count(const std::string& text, const std::string& part) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
+TEST(ShowRecordTest, ShowsAHundredRecordsOfMore) {
+    const std::string all = Describe(Headers(100, 12));
+    EXPECT_EQ(Count(all, "Settings record "), 100u);
+    EXPECT_EQ(Count(all, "Not shown"), 0u);
+    const std::string text = Describe(Headers(102, 12));
+    EXPECT_EQ(Count(text, "Settings record "), 100u);
+    EXPECT_EQ(Count(text, "\nSettings record 100 of 102, at byte 1188 of 1224\n"), 1u);
+    EXPECT_EQ(LinesOf(text).back(),
+              "Not shown: 2 more settings records, the first at byte 1200, the last at byte 1212");
+}
+
+TEST(ShowRecordTest, TellsAHundredBrokenRecordsOfMore) {
+    Bytes file = DefaultRecord();
+    const Bytes broken = Headers(102, 0xFFFF);
+    file.insert(file.end(), broken.begin(), broken.end());
+    const std::string text = Describe(file);
+    EXPECT_EQ(Count(text, "\nNot shown: at byte "), 100u);
+    EXPECT_THAT(text,
+                EndsWith("\nNot shown: at byte 3164 a record of 65535 bytes begins, of which 36 are there\n"
+                         "\nNot shown: 2 more broken records, the first at byte 3176, the last at byte "
+                         "3188\n"));
+    file.resize(file.size() - 24);
+    EXPECT_THAT(
+        Describe(file),
+        EndsWith("\nNot shown: at byte 3164 a record of 65535 bytes begins, of which 12 are there\n"));
+}
+
+TEST(ShowRecordTest, TellsOfImpossibleSizes) {
+    for (const std::uint32_t size : {0u, 11u, 65536u, 0xFFFFFFFFu}) {
+        const std::string words =
+            " a record of " + std::to_string(size) + " bytes begins, an impossible size: 12 to 65535 can be";
+        Bytes file(1);
+        const Bytes header = Headers(1, size);
+        file.insert(file.end(), header.begin(), header.end());
+        file.resize(70000);
+        EXPECT_EQ(Refusal(file), "at byte 1" + words);
+        const Bytes whole = DefaultRecord();
+        file.insert(file.begin(), whole.begin(), whole.end());
+        EXPECT_THAT(Describe(file), EndsWith("\nNot shown: at byte 1977" + words + "\n"));
+    }
+}
+
 // A command may hold the signature's bytes, or a whole header.
 TEST(ShowRecordTest, TakesNoSignatureWithinARecordForAnother) {
     Bytes record = DefaultRecord();
@@ -380,7 +471,7 @@ TEST(ShowRecordTest, TakesNoSignatureWithinARecordForAnother) {
     file.resize(4000);
     const RecordSearch search = Find(file);
     EXPECT_THAT(search.whole, ElementsAre(1u));
-    EXPECT_THAT(search.cut, IsEmpty());
+    EXPECT_THAT(search.broken, IsEmpty());
 }
 
 TEST(ShowRecordTest, TakesOnlyPlausibleHeadersAmongOtherBytes) {
@@ -458,6 +549,52 @@ TEST_F(HostProgramTest, RefusesToShowWhatIsNoRecord) {
     const ProgramRun run = Run(L"--show-record");
     EXPECT_EQ(run.exit_code, 2u);
     EXPECT_THAT(run.errors, HasSubstr("--show-record needs a value: FILE"));
+}
+
+// Its reader would wait for bytes that nobody sends.
+TEST_F(HostProgramTest, RefusesToShowAPipe) {
+    const std::wstring pipe = L"\\\\.\\pipe\\kvmr72-record-" + std::to_wstring(GetCurrentProcessId());
+    const HANDLE server =
+        CreateNamedPipeW(pipe.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE, 1, 4096, 4096, 0, nullptr);
+    ASSERT_NE(server, INVALID_HANDLE_VALUE);
+    const ProgramRun run = Run(L"--show-record " + pipe);
+    EXPECT_EQ(run.exit_code, 1u);
+    EXPECT_EQ(run.output, "");
+    EXPECT_EQ(run.errors, "KVMR72Host: " + ToUtf8(pipe) + " is no file but a device or a pipe\r\n");
+    CloseHandle(server);
+}
+
+TEST_F(HostProgramTest, FailsWhenItsOutputCannotBeWritten) {
+    rig::WriteBytes(File(L"till.bin"), DefaultRecord());
+    rig::WriteBytes(File(L"errors.txt"), {});
+    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
+    const auto open = [&](const wchar_t* name, DWORD access) {
+        return CreateFileW(File(name).c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
+                           OPEN_EXISTING, 0, nullptr);
+    };
+    for (const wchar_t* arguments : {L"--show-record till.bin", L"--help", L"--version"}) {
+        STARTUPINFOW startup = {};
+        startup.cb = sizeof startup;
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdInput = INVALID_HANDLE_VALUE;
+        // Only to be read.
+        startup.hStdOutput = open(L"till.bin", GENERIC_READ);
+        startup.hStdError = open(L"errors.txt", GENERIC_WRITE);
+        std::wstring command = L"KVMR72Host.exe " + std::wstring(arguments);
+        PROCESS_INFORMATION process = {};
+        ASSERT_TRUE(CreateProcessW(ProgramFile().c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                   File(L"").c_str(), &startup, &process));
+        DWORD exit_code = 0;
+        EXPECT_EQ(WaitForSingleObject(process.hProcess, 90000), WAIT_OBJECT_0);
+        GetExitCodeProcess(process.hProcess, &exit_code);
+        for (const HANDLE handle :
+             {process.hThread, process.hProcess, startup.hStdOutput, startup.hStdError}) {
+            CloseHandle(handle);
+        }
+        EXPECT_EQ(exit_code, 1u) << ToUtf8(arguments);
+        EXPECT_EQ(Text(L"errors.txt"), "KVMR72Host: cannot write the output\r\n");
+        EXPECT_EQ(rig::ReadBytes(File(L"till.bin")), DefaultRecord());
+    }
 }
 
 }  // namespace

@@ -314,6 +314,28 @@ class Show(unittest.TestCase):
         self.assertEqual(run.returncode, 1, run.stdout + run.stderr)
         self.assertIn("the paper is longer than 100000 rows: nothing after it is shown", run.stdout)
 
+    def test_nothing_is_listed_behind_the_end_of_the_paper(self):
+        # 24 rows and 30 for each line feed: the 3333rd ends at row 100 014.
+        run = self.show(b"\x0a" * 3_000_000)
+        self.assertEqual(run.returncode, 1, run.stderr)
+        self.assertEqual(
+            run.stdout.splitlines(),
+            [f"{offset:04X}  0A{'line feed':>66}" for offset in range(3333)]
+            + ["FAILED 0D04: the paper is longer than 100000 rows: nothing after it is shown"],
+        )
+
+    def test_settings_without_end(self):
+        run = self.show(bytes.fromhex("1D 66 00") * 1_000_000, "--text")
+        lines = run.stdout.splitlines()
+        self.assertEqual(run.returncode, 1, run.stderr)
+        # The one that is too many begins at byte 60 000.
+        self.assertTrue(lines[20_000].startswith("EA60  1D 66 00 "), lines[20_000])
+        self.assertEqual(
+            lines[20_001], "FAILED EA60: the job has more than 20000 commands: nothing after it is shown"
+        )
+        # 24 rows above and below a framed line of two heights of 17.
+        self.assertEqual(lines[20_002:], ["paper 567 x 99 dots"])
+
     def test_job_that_is_too_large(self):
         run = self.show(bytes(4 * 1024 * 1024 + 1))
         self.assertEqual(run.returncode, 1)
