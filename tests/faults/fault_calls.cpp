@@ -39,6 +39,9 @@ struct State {
     std::string function;
     std::string step;
     std::string failed_step;
+    int failed_call = 0;
+    std::map<std::string, int> step_calls;
+    std::map<StepCall, int> called;
     std::map<std::string, int> open;
     std::map<std::uintptr_t, Block> blocks;
     std::map<HDC, HGDIOBJ> before_selection;
@@ -205,6 +208,10 @@ DWORD WINAPI DefaultText(LPCWSTR section, LPCWSTR key, LPCWSTR otherwise, LPWSTR
 }
 
 HINSTANCE WINAPI PretendToOpen(HWND, LPCWSTR, LPCWSTR, LPCWSTR, LPCWSTR, INT) {
+    if (!state.owner->answers.finds_programs) {
+        SetLastError(ERROR_FILE_NOT_FOUND);
+        return reinterpret_cast<HINSTANCE>(SE_ERR_FNF);
+    }
     constexpr INT_PTR kAnySuccess = 42;
     return reinterpret_cast<HINSTANCE>(kAnySuccess);
 }
@@ -228,6 +235,17 @@ PIDLIST_ABSOLUTE WINAPI ChooseFolder(LPBROWSEINFOW) {
     PIDLIST_ABSOLUTE list = nullptr;
     SHParseDisplayName(state.owner->answers.folder.c_str(), nullptr, &list, 0, nullptr);
     return list;
+}
+
+// A pointer that really moves has messages of its own, whenever they come.
+BOOL WINAPI TellPointer(POINT* pointer) {
+    *pointer = state.owner->answers.pointer;
+    return TRUE;
+}
+
+SHORT WINAPI TellKey(int key) {
+    constexpr SHORT kDown = -128;
+    return key == state.owner->answers.held_key ? kDown : 0;
 }
 
 const std::vector<Row>& Rows() {
@@ -315,7 +333,7 @@ const std::vector<Row>& Rows() {
         Fallible<"EnumChildWindows">(kUser, &EnumChildWindows, FALSE, ERROR_NOT_ENOUGH_MEMORY),
         Fallible<"EnumWindows">(kUser, &EnumWindows, FALSE, ERROR_NOT_ENOUGH_MEMORY),
         Fallible<"GetClientRect">(kUser, &GetClientRect, FALSE, ERROR_INVALID_WINDOW_HANDLE),
-        Fallible<"GetCursorPos">(kUser, &GetCursorPos, FALSE, ERROR_ACCESS_DENIED),
+        Fallible<"GetCursorPos">(kUser, &GetCursorPos, FALSE, ERROR_ACCESS_DENIED, &TellPointer),
         Fallible<"GetDC">(kUser, &GetDC, nullptr, ERROR_NOT_ENOUGH_MEMORY),
         Fallible<"GetWindowRect">(kUser, &GetWindowRect, FALSE, ERROR_INVALID_WINDOW_HANDLE),
         Fallible<"LoadBitmapW">(kUser, &LoadBitmapW, nullptr, ERROR_NOT_ENOUGH_MEMORY),
@@ -387,7 +405,11 @@ struct Group {
     std::vector<const char*> functions;
 };
 
-// They cannot fail with the arguments that the plug-in has, or only give back, or fail to show something.
+// Not made to fail. Most only give back, compare or show: the user sees what is missing. Those that ask a
+// window (GetWindowLongPtrW, GetPropW, GetDlgItem and the like) fail for one that is gone. The plug-in looks
+// at what they answer, but nearly every message asks them, and no single one fails alone: the page tests have
+// windows go. SendMessageW and SendDlgItemMessageW answer what the window does; one that refuses is not
+// played here.
 const std::vector<Group>& HarmlessGroups() {
     static const std::vector<Group> groups = {
         {kRegistry, {"RegCloseKey"}},
@@ -497,6 +519,9 @@ FaultCalls::FaultCalls(VirtualPrinter& printer, const FaultPlan& plan) {
         state.function.clear();
         state.step.clear();
         state.failed_step.clear();
+        state.failed_call = 0;
+        state.step_calls.clear();
+        state.called.clear();
         state.open.clear();
         state.blocks.clear();
         state.before_selection.clear();
@@ -509,6 +534,7 @@ FaultCalls::FaultCalls(VirtualPrinter& printer, const FaultPlan& plan) {
     }
     hooks_.Hook(kGdi, "SelectObject", &SelectOrFail);
     hooks_.Hook(kRuntime, "free", &Free);
+    hooks_.Hook(kUser, "GetKeyState", &TellKey);
     HookPairs(hooks_);
     printer.before_call = [&printer](const char* function) {
         constexpr DWORD kServerGone = RPC_S_SERVER_UNAVAILABLE;
@@ -547,9 +573,19 @@ std::string_view FaultCalls::failed_step() const {
     return state.failed_step;
 }
 
+int FaultCalls::failed_call() const {
+    return state.failed_call;
+}
+
+std::map<StepCall, int> FaultCalls::called() const {
+    const std::lock_guard lock(state.mutex);
+    return state.called;
+}
+
 void FaultCalls::EnterStep(const char* step) {
     const std::lock_guard lock(state.mutex);
     state.step = step;
+    state.step_calls.clear();
 }
 
 std::map<std::string, int> FaultCalls::Left() const {
@@ -588,6 +624,9 @@ bool FaultCalls::Counts(const char* function, DWORD error, bool is_memory, const
     }
     ++state.calls;
     state.memory_calls += is_memory ? 1 : 0;
+    const int step_call = ++state.step_calls[function];
+    int& most = state.called[{state.step, function}];
+    most = std::max(most, step_call);
     if (state.plan.memory_only && !is_memory) {
         return false;
     }
@@ -599,6 +638,7 @@ bool FaultCalls::Counts(const char* function, DWORD error, bool is_memory, const
         state.failed = Described(function, error, caller);
         state.function = function;
         state.failed_step = state.step;
+        state.failed_call = step_call;
     }
     return true;
 }

@@ -14,6 +14,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "rig/import_hooks.h"
@@ -29,11 +30,17 @@ struct FaultPlan {
     bool memory_only = false;
 };
 
-// What is asked of the user in a dialog of the system's is answered in its place.
+// What the system would ask the user, or the user's mouse and keyboard, is answered in their place.
 struct Answers {
     std::wstring file;    // chosen in the dialog for opening a file
     std::wstring folder;  // chosen in the dialog for a folder
+    POINT pointer = {};   // where the mouse is, on the screen
+    int held_key = 0;     // the only key that is down
+    bool finds_programs = true;
 };
+
+// A function and the step it is called in.
+using StepCall = std::pair<std::string, std::string>;
 
 class FaultCalls {
   public:
@@ -50,9 +57,13 @@ class FaultCalls {
     std::string failed() const;
     // The name of what is being done, kept with the call that fails in it.
     void EnterStep(const char* step);
-    // The function that failed first, and the step it failed in.
+    // The function that failed first, the step it failed in, and which of the step's calls of that function
+    // it was, from 1.
     std::string_view failed_function() const;
     std::string_view failed_step() const;
+    int failed_call() const;
+    // What was called, outside of any step too, and how often in a step at most.
+    std::map<StepCall, int> called() const;
 
     // What was made and not given back, as "GetDC" or "malloc of 24 bytes at +0x1f00", and how often.
     std::map<std::string, int> Left() const;

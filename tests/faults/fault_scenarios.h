@@ -43,11 +43,20 @@ class Script {
     bool tolerates_;
 };
 
-// Said to the user when a function fails in a step. Of several calls of the function the first says it.
+// Said to the user when a function fails in a step.
 struct ToldFault {
     const char* step;
     const char* function;
     const wchar_t* text;
+    // Which of the step's calls of the function says it, from 1; 0 when each does.
+    int call = 0;
+};
+
+// What a step is there for. A run without a fault must come to it.
+struct PlayedCall {
+    const char* step;
+    const char* function;
+    int times = 1;  // at least
 };
 
 struct Scenario {
@@ -55,9 +64,12 @@ struct Scenario {
     // No sheet: the plug-in is loaded, makes its object and a record, and goes.
     std::optional<SheetKind> sheet;
     void (*work)(const Script& script);
+    std::span<const PlayedCall> played;
     std::span<const ToldFault> told;
     // The user has never seen the driver.
     bool is_first_use = false;
+    // Done first in the printer's properties, which then stay open beside the sheet.
+    void (*beside)(const Script& script) = nullptr;
 };
 
 std::span<const Scenario> Scenarios();
@@ -65,7 +77,7 @@ inline void PrintTo(const Scenario& scenario, std::ostream* out) {
     *out << scenario.name;
 }
 
-// The files that the scenarios choose; made anew.
+// The files that the scenarios choose, in a folder of their own without what was made of them.
 void MakeScenarioFiles();
 std::wstring ScenarioFile(const wchar_t* name);
 

@@ -1,18 +1,21 @@
 // Each call into the platform that can fail, failing in turn: the program that prints goes on, what was
 // started at the spooler is ended, nothing is left behind, and the user is told where that is promised.
 //
-// Only a sample of the calls fails, the same one each time: KVMR72_FAULTS in the environment is its size in
-// each scenario.
+// Only a sample of the calls fails, another one each day: KVMR72_FAULTS in the environment is its size in
+// each scenario, and KVMR72_FAULT_SEED brings another day's back.
 #include <windows.h>
 
 #include <algorithm>
 #include <atomic>
+#include <cctype>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
+#include <memory>
 #include <numeric>
+#include <optional>
 #include <random>
 #include <set>
 #include <thread>
@@ -30,6 +33,10 @@ using faults::FaultCalls;
 using faults::FaultPlan;
 using faults::Scenario;
 
+// Counting windows, menus and icons takes as long as a short run: it is done with a call in ten, and without
+// a fault.
+constexpr int kUserObjectsEach = 10;
+
 // As many allocations in a row fail as a burst.
 constexpr int kBurst = 6;
 
@@ -37,11 +44,24 @@ constexpr int kBurst = 6;
 // nothing does, and the texts stay. A text that a window did not take in time is left to the window.
 constexpr std::string_view kLeaveMemory[] = {"calloc", "SendMessageTimeoutW"};
 
-// So many of a scenario's calls fail, chosen the same way each time.
+// Only the linked-in runtime has it: for more variables of a thread's own than there are, and for the name of
+// an exception that nobody catches.
+constexpr std::string_view kNotCalled[] = {"realloc"};
+
+// So many of a scenario's calls fail.
 std::size_t WantedSample() {
     constexpr std::size_t kUsual = 3;
     const char* const wanted = std::getenv("KVMR72_FAULTS");
     return wanted == nullptr ? kUsual : std::strtoul(wanted, nullptr, 10);
+}
+
+// What the sample is drawn with: the day, unless it is given.
+unsigned Seed() {
+    using Days = std::chrono::days;
+    const char* const wanted = std::getenv("KVMR72_FAULT_SEED");
+    const auto today = std::chrono::floor<Days>(std::chrono::system_clock::now()).time_since_epoch();
+    return wanted == nullptr ? static_cast<unsigned>(today.count())
+                             : static_cast<unsigned>(std::strtoul(wanted, nullptr, 10));
 }
 
 // What is tried at the moment, for a report that there is no more time to write.
@@ -116,6 +136,7 @@ void ReportOnce() {
 struct Remains {
     std::map<std::string, int> left;
     int gdi_objects = 0;
+    std::optional<int> user_objects;  // where they were counted
     int handles = 0;
 };
 
@@ -125,6 +146,8 @@ struct Outcome {
     std::string failed;
     std::string function;
     std::string step;
+    int failed_call = 0;
+    std::map<faults::StepCall, int> called;
     Remains remains;
     std::vector<std::wstring> boxes;
     std::vector<std::string> spooler;
@@ -145,31 +168,88 @@ int CountCalls(const std::vector<std::string>& log, const std::string& function,
     }));
 }
 
+// The printer's sheet on a thread of its own, as a desktop shell opens it beside another sheet. Its pages
+// were worked once the constructor returns; it closes with the object.
+class SheetBeside {
+  public:
+    SheetBeside(const Scenario& scenario, FaultCalls& calls, HANDLE printer, bool tolerates)
+        : thread_([this, &scenario, &calls, printer, tolerates] {
+              rig::JoinOwnDesktop();
+              Open(scenario, calls, printer, tolerates);
+              SetEvent(worked_);
+          }) {
+        WaitForSingleObject(worked_, INFINITE);
+    }
+    SheetBeside(const SheetBeside&) = delete;
+    SheetBeside& operator=(const SheetBeside&) = delete;
+    ~SheetBeside() {
+        SetEvent(done_);
+        thread_.join();
+        CloseHandle(worked_);
+        CloseHandle(done_);
+    }
+
+  private:
+    void Open(const Scenario& scenario, FaultCalls& calls, HANDLE printer, bool tolerates) {
+        try {
+            HostSettings settings;
+            settings.printer = printer;
+            PluginHost host(rig::PluginPath(), std::move(settings));
+            RunDriven([&] { host.OpenSheet(SheetKind::kPrinter); },
+                      [&](UiDriver& ui) {
+                          rig::JoinOwnDesktop();
+                          const Sheet sheet = ui.WaitForSheet();
+                          scenario.beside(faults::Script(ui, sheet, calls, tolerates));
+                          SetEvent(worked_);
+                          WaitForSingleObject(done_, INFINITE);
+                          sheet.PressCancel();
+                      });
+        } catch (const HostError& refused) {
+            EXPECT_TRUE(tolerates) << refused.what();
+        } catch (const UiError& lost) {
+            ADD_FAILURE() << now_trying << ", in the sheet beside: " << lost.what();
+        }
+    }
+
+    const HANDLE worked_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const HANDLE done_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    std::thread thread_;
+};
+
 // Of each scenario's run without a fault.
 std::map<std::string, Outcome> clean_runs;
 
-class FaultTest : public pages::PageTest, public testing::WithParamInterface<Scenario> {
+class ScenarioTest : public pages::PageTest {
   protected:
     void SetUp() override {
         ReportOnce();
         PageTest::SetUp();
-        faults::MakeScenarioFiles();
         std::error_code error;
         std::filesystem::create_directories(ControlFontFile().parent_path(), error);
-        // What the system makes once, it makes now.
-        const auto [kept, is_new] = clean_runs.try_emplace(GetParam().name);
-        for (int i = 0; is_new && i < 2; ++i) {
-            now_trying = std::string(GetParam().name) + " without a fault";
-            kept->second = Run({});
-        }
-        clean_ = kept->second;
-        ASSERT_FALSE(HasFailure());
     }
 
     void TearDown() override {
         PageTest::TearDown();
         std::error_code error;
         std::filesystem::remove(ControlFontFile(), error);
+    }
+
+    // Run once for all tests, unless one has failed.
+    Outcome CleanRun(const Scenario& scenario) {
+        const auto known = clean_runs.find(scenario.name);
+        if (known != clean_runs.end()) {
+            return known->second;
+        }
+        Outcome outcome;
+        // What the system makes once, it makes now.
+        for (int i = 0; i < 2; ++i) {
+            now_trying = std::string(scenario.name) + " without a fault";
+            outcome = Run(scenario, {});
+        }
+        if (!HasFailure()) {
+            clean_runs[scenario.name] = outcome;
+        }
+        return outcome;
     }
 
     static std::filesystem::path ControlFontFile() {
@@ -179,10 +259,11 @@ class FaultTest : public pages::PageTest, public testing::WithParamInterface<Sce
     }
 
     // The scenario with a fault, from a machine as it was before the first run.
-    Outcome Run(const FaultPlan& plan) {
-        const Scenario& scenario = GetParam();
+    Outcome Run(const Scenario& scenario, const FaultPlan& plan) {
         rig::SetLanguageValue(L"IsFirstRun_KVMR72", L"FALSE");
         pages::ChooseLanguage(pages::kEnglish);
+        pages::InstallUserFile(pages::kEnglish);
+        faults::MakeScenarioFiles();
         if (scenario.is_first_use) {
             rig::RemoveLanguageKey();
             rig::RemoveUserFolder();
@@ -191,6 +272,8 @@ class FaultTest : public pages::PageTest, public testing::WithParamInterface<Sce
         std::filesystem::remove(ControlFontFile(), error);
         Outcome outcome;
         const int gdi_objects = rig::CountGdiObjects();
+        const bool counts_user_objects = plan.first % kUserObjectsEach == 0;
+        const int user_objects = counts_user_objects ? rig::CountUserObjects() : 0;
         const int handles = rig::CountHandles();
         {
             VirtualPrinter printer;
@@ -204,44 +287,20 @@ class FaultTest : public pages::PageTest, public testing::WithParamInterface<Sce
             outcome.failed = calls.failed();
             outcome.function = calls.failed_function();
             outcome.step = calls.failed_step();
+            outcome.failed_call = calls.failed_call();
+            outcome.called = calls.called();
             outcome.boxes = calls.boxes();
             outcome.spooler = printer.Log();
             outcome.remains.left = calls.Left();
             outcome.stray_frees = calls.stray_frees();
         }
         outcome.remains.gdi_objects = rig::CountGdiObjects() - gdi_objects;
+        if (counts_user_objects) {
+            outcome.remains.user_objects = rig::CountUserObjects() - user_objects;
+        }
         outcome.remains.handles = rig::CountHandles() - handles;
         return outcome;
     }
-
-    // All calls from 1 to `calls` in turn, or a sample of them.
-    void TryEach(int calls, const FaultPlan& burst) {
-        std::vector<int> numbers(static_cast<std::size_t>(calls));
-        std::iota(numbers.begin(), numbers.end(), 1);
-        if (const std::size_t wanted = WantedSample(); wanted < numbers.size()) {
-            std::mt19937 random(static_cast<unsigned>(calls));
-            std::ranges::shuffle(numbers, random);
-            numbers.resize(wanted);
-        }
-        for (const int number : numbers) {
-            FaultPlan plan = burst;
-            plan.first = number;
-            now_trying = std::string(GetParam().name) + ", call " + std::to_string(number) +
-                         (plan.memory_only ? " for memory and those behind it" : "");
-            Outcome outcome = Run(plan);
-            // The system may have kept something of its own this time: what the plug-in leaves, it leaves
-            // again.
-            for (int i = 0; i < 2 && LeavesObjects(outcome); ++i) {
-                outcome = Run(plan);
-            }
-            SCOPED_TRACE(now_trying + ": " + outcome.failed + " in step \"" + outcome.step + "\"");
-            Judge(outcome);
-        }
-        std::printf("%s: %d calls, %d tried\n", GetParam().name, calls, static_cast<int>(numbers.size()));
-        std::fflush(stdout);
-    }
-
-    Outcome clean_;
 
   private:
     void Work(const Scenario& scenario, FaultCalls& calls, VirtualPrinter& printer, const FaultPlan& plan) {
@@ -250,6 +309,10 @@ class FaultTest : public pages::PageTest, public testing::WithParamInterface<Sce
             HostSettings settings;
             settings.printer = printer.handle();
             StartHost(std::move(settings));
+            std::unique_ptr<SheetBeside> beside;
+            if (scenario.beside != nullptr) {
+                beside = std::make_unique<SheetBeside>(scenario, calls, printer.handle(), tolerates);
+            }
             if (scenario.sheet) {
                 RunDriven([&] { Host().OpenSheet(*scenario.sheet); },
                           [&](UiDriver& ui) {
@@ -266,10 +329,56 @@ class FaultTest : public pages::PageTest, public testing::WithParamInterface<Sce
         }
         StopHost();
     }
+};
+
+class FaultTest : public ScenarioTest, public testing::WithParamInterface<Scenario> {
+  protected:
+    void SetUp() override {
+        ScenarioTest::SetUp();
+        clean_ = CleanRun(GetParam());
+        ASSERT_FALSE(HasFailure());
+    }
+
+    // All calls from 1 to `calls` in turn, or a sample of them.
+    void TryEach(int calls, const FaultPlan& burst) {
+        std::vector<int> numbers(static_cast<std::size_t>(calls));
+        std::iota(numbers.begin(), numbers.end(), 1);
+        if (const std::size_t wanted = WantedSample(); wanted < numbers.size()) {
+            std::seed_seq seeds = {Seed(), static_cast<unsigned>(calls)};
+            std::mt19937 random(seeds);
+            std::ranges::shuffle(numbers, random);
+            numbers.resize(wanted);
+        }
+        for (const int number : numbers) {
+            FaultPlan plan = burst;
+            plan.first = number;
+            now_trying = std::string(GetParam().name) + ", call " + std::to_string(number) +
+                         (plan.memory_only ? " for memory and those behind it" : "");
+            Outcome outcome = Run(GetParam(), plan);
+            // The system may have kept something of its own this time: what the plug-in leaves, it leaves
+            // again.
+            for (int i = 0; i < 2 && LeavesObjects(outcome); ++i) {
+                outcome = Run(GetParam(), plan);
+            }
+            SCOPED_TRACE(now_trying + ": " + outcome.failed + " in step \"" + outcome.step + "\"");
+            Judge(outcome);
+        }
+        std::printf("%s: %d calls, %d tried, KVMR72_FAULT_SEED=%u\n", GetParam().name, calls,
+                    static_cast<int>(numbers.size()), Seed());
+        std::fflush(stdout);
+    }
+
+    Outcome clean_;
+
+  private:
+    // As many as without a fault where they were not counted.
+    int UserObjects(const Outcome& outcome) const {
+        return outcome.remains.user_objects.value_or(clean_.remains.user_objects.value_or(0));
+    }
 
     bool LeavesObjects(const Outcome& outcome) const {
         return outcome.remains.gdi_objects > clean_.remains.gdi_objects ||
-               outcome.remains.handles > clean_.remains.handles;
+               UserObjects(outcome) > UserObjects(clean_) || outcome.remains.handles > clean_.remains.handles;
     }
 
     void Judge(const Outcome& outcome) const {
@@ -277,13 +386,15 @@ class FaultTest : public pages::PageTest, public testing::WithParamInterface<Sce
             EXPECT_EQ(Listed(outcome.remains.left), Listed(clean_.remains.left));
         }
         EXPECT_LE(outcome.remains.gdi_objects, clean_.remains.gdi_objects);
+        EXPECT_LE(UserObjects(outcome), UserObjects(clean_));
         EXPECT_LE(outcome.remains.handles, clean_.remains.handles);
         EXPECT_EQ(outcome.stray_frees, 0);
         const auto& log = outcome.spooler;
         EXPECT_EQ(CountCalls(log, "StartDocPrinterW", true), CountCalls(log, "EndDocPrinter", false));
         EXPECT_EQ(CountCalls(log, "StartPagePrinter", true), CountCalls(log, "EndPagePrinter", false));
         for (const faults::ToldFault& told : GetParam().told) {
-            if (outcome.step == told.step && outcome.function == told.function) {
+            if (outcome.step == told.step && outcome.function == told.function &&
+                (told.call == 0 || told.call == outcome.failed_call)) {
                 EXPECT_THAT(outcome.boxes, testing::Contains(std::wstring(told.text)));
             }
         }
@@ -295,7 +406,7 @@ std::string TestName(const testing::TestParamInfo<Scenario>& info) {
     bool is_start = true;
     for (const char* c = info.param.name; *c != '\0'; ++c) {
         if (*c != ' ') {
-            name += is_start ? static_cast<char>(*c - 'a' + 'A') : *c;
+            name += is_start ? static_cast<char>(std::toupper(static_cast<unsigned char>(*c))) : *c;
         }
         is_start = *c == ' ';
     }
@@ -347,6 +458,43 @@ TEST(FaultCallsTest, KnowsEveryFunctionThatIsImported) {
         EXPECT_TRUE(imports.contains(function) || faults::IsFoundByName(function))
             << function << " is not imported";
     }
+}
+
+// What a scenario promises to play or to have said, its run without a fault comes to.
+TEST_F(ScenarioTest, EachPlaysWhatItIsFor) {
+    for (const Scenario& scenario : faults::Scenarios()) {
+        SCOPED_TRACE(scenario.name);
+        const Outcome clean = CleanRun(scenario);
+        const auto count = [&clean](const char* step, const char* function) {
+            const auto found = clean.called.find({step, function});
+            return found != clean.called.end() ? found->second : 0;
+        };
+        for (const faults::PlayedCall& played : scenario.played) {
+            EXPECT_GE(count(played.step, played.function), played.times)
+                << played.step << ", " << played.function;
+        }
+        for (const faults::ToldFault& told : scenario.told) {
+            EXPECT_GE(count(told.step, told.function), std::max(told.call, 1))
+                << told.step << ", " << told.function;
+        }
+    }
+}
+
+TEST_F(ScenarioTest, TogetherCallEveryFunctionThatCanFail) {
+    std::set<std::string> expected;
+    for (const std::string& function : faults::FallibleFunctions()) {
+        expected.insert(function.substr(function.find('!') + 1));
+    }
+    for (const std::string_view function : kNotCalled) {
+        EXPECT_EQ(expected.erase(std::string(function)), 1u) << function;
+    }
+    std::set<std::string> called;
+    for (const Scenario& scenario : faults::Scenarios()) {
+        for (const auto& [call, count] : CleanRun(scenario).called) {
+            called.insert(call.second);
+        }
+    }
+    EXPECT_EQ(called, expected);
 }
 
 TEST_P(FaultTest, AnyCallMayFail) {
