@@ -28,6 +28,18 @@ def text_value(dll, key):
     return dll[at : at + 200].decode("utf-16-le", "replace").lstrip("\0").split("\0")[0]
 
 
+# Texts of the Version page that tell the version, in words that are fixed.
+VERSION_PAGE = {
+    "src/devpages/version_page_texts.h": "utf-8",
+    "src/resources/dialogs.rc": "utf-8",
+    "language/ENG_KVMR72.res": "utf-16",
+    "language/CHN_KVMR72.res": "utf-16",
+    "language/CHF_KVMR72.res": "utf-16",
+    "tests/lint/language_keys.txt": "utf-8",
+    "tests/lint/check_language_files.py": "utf-8",
+}
+
+
 class VersionTest(unittest.TestCase):
     def setUp(self):
         self.numbers = project_version()
@@ -63,6 +75,18 @@ class VersionTest(unittest.TestCase):
     def test_of_the_changelog(self):
         text = (PROJECT / "CHANGELOG.md").read_text(encoding="utf-8")
         self.assertEqual(re.findall(r"^## \[(.+?)\]", text, re.MULTILINE)[0], self.version)
+
+    def test_of_the_version_page(self):
+        # The installed driver's and the user interface's, of which the page has the first two numbers.
+        expected = [".".join(self.numbers[:2])] * 2
+        for name, encoding in VERSION_PAGE.items():
+            text = (PROJECT / name).read_text(encoding=encoding)
+            with self.subTest(file=name):
+                self.assertEqual(re.findall(r"\bv(\d[\d.]*)", text), expected)
+
+    def test_of_the_readme(self):
+        text = (PROJECT / "README.md").read_text(encoding="utf-8")
+        self.assertEqual(re.findall(r"KVMR72UI-([\d.]+)\.zip", text), [self.version])
 
 
 if __name__ == "__main__":

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Has static analysers read the plug-in and the host program: clang-tidy, g++ and cppcheck.
+"""Has static analysers read the plug-in and the host program: clang-tidy, cppcheck and, of the plug-in alone, g++.
 
     analysers.py NATIVE_BUILD WINDOWS_BUILD OUTPUT_FOLDER
 

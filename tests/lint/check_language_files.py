@@ -19,7 +19,7 @@ VERSION_SECTION = "FILEVER"
 VERSION_KEY = "INIVERSION"
 VERSION = "1"
 
-# Hover help is copied into 512 units before it is shown, whatever its buffer holds.
+# Hover help of our files stays below half its room: a longer one could not be read while it shows.
 HELP_LENGTH = 512
 # Buffers of a display name and a file name in the language list.
 DISPLAY_NAME_LENGTH = 50

@@ -41,6 +41,7 @@ CLEAN = {
     "tests/unit/CMakeLists.txt": "add_executable(unit_tests text_test.cpp) # lost_test.cpp\n",
     "tests/unit/text_test.cpp": "",
     "ignored/notes.txt": "TO" + "DO\n",
+    "receipt/package-lock.json": '"url": "https://git' + 'hub.com/somebody"\n',
 }
 
 
@@ -149,6 +150,14 @@ class CheckSourcesTest(unittest.TestCase):
             "HA" + "CK",
             "/wo" + "rk/main",
             "/ro" + "ot/x",
+            "see ../sha" + "red/notes",
+            "iss" + "ue 12",
+            "Iss" + "ues #3 and 4",
+            "https://registry.npm" + "js.org/x",
+            "deb.deb" + "ian.org",
+            "https://git" + "hub.com/somebody",
+            "py" + "pi.org",
+            "proxy.go" + "lang.org",
         ):
             with self.subTest(word=word):
                 self.write("docs/notes.md", f"first\n{word}\n")
@@ -158,7 +167,11 @@ class CheckSourcesTest(unittest.TestCase):
                 self.assertEqual(run.returncode, 1)
 
     def test_allowed_words(self):
-        self.write("docs/notes.md", "Part 4, 1.2 parts; inspect __declspec(x); homework/x; mktemp a." + 6 * "X")
+        self.write(
+            "docs/notes.md",
+            "Part 4, 1.2 parts; inspect __declspec(x); homework/x; mktemp a." + 6 * "X" + "\n"
+            "shared/text; issues of 2026, an issue, 2 issues; packages of Debian and npm\n",
+        )
         self.assertEqual(self.run_checker().stdout, "6 passed, 0 failed\n")
 
     def test_forbidden_words_in_utf16_and_in_tracked_files(self):
@@ -199,7 +212,7 @@ class CheckSourcesTest(unittest.TestCase):
         self.expect("check_test_list: tests: holds no tests")
 
     def test_format(self):
-        for name in ("src/devmode/record.h", "host/main.cpp", "tests/unit/text_test.cpp"):
+        for name in ("src/devmode/record.h", "host/main.cpp", "tests/unit/text_test.cpp", "bench/till_bench.cpp"):
             with self.subTest(name=name):
                 self.setUp()
                 self.write(name, "int   a ;\n")
