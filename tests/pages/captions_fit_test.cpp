@@ -358,7 +358,7 @@ class Inspection {
             Report(control, {}, "has no text behind it");
             return;
         }
-        for (const UINT end : {TBM_GETRANGEMIN, TBM_GETRANGEMAX}) {
+        for (const UINT end : {UINT{TBM_GETRANGEMIN}, UINT{TBM_GETRANGEMAX}}) {
             const std::wstring number = std::to_wstring(SendMessageW(control, end, 0, 0));
             Require(value, number, Measure(value, number, DT_SINGLELINE), ClientSize(value));
         }
