@@ -33,7 +33,7 @@ bool IsDevice(StringView16 name) noexcept {
             });
         const std::size_t digits = i < kNumberedDevices ? 0 : 1;
         if (begins && stem.size() == device.size() + digits &&
-            (digits == 0 || kDeviceDigits.find(stem.back()) != kDeviceDigits.npos)) {
+            (digits == 0 || kDeviceDigits.find(stem.back()) != StringView16::npos)) {
             return true;
         }
     }
